@@ -1,5 +1,10 @@
 #include "text/TextHolder.h"
 
+#include <algorithm>
+
+#include "text/AppServices.h"
+#include "text/FileSystem.h"
+
 namespace
 {
 struct Fallback
@@ -9,13 +14,54 @@ struct Fallback
 };
 
 const Fallback fallbacks[] = {
-    {47, u"Ok"},         {48, u"Cancel"},    {65, u"No"},
-    {66, u"Yes"},        {274, u"Warning"},  {290, u"Problem"},
-    {1492, u"Continue"}, {1786, u"Close"},   {3817, u"Yes to All"},
-    {3909, u"Retry"},    {3912, u"No to All"}, {4550, u"Abort"},
-    {6069, u"Don't Show This Message Again"}, {6144, u"Quit"},
+    {47, u"Ok"},
+    {48, u"Cancel"},
+    {65, u"No"},
+    {66, u"Yes"},
+    {274, u"Warning"},
+    {290, u"Problem"},
+    {1492, u"Continue"},
+    {1786, u"Close"},
+    {3817, u"Yes to All"},
+    {3909, u"Retry"},
+    {3912, u"No to All"},
+    {4550, u"Abort"},
+    {6069, u"Don't Show This Message Again"},
+    {6144, u"Quit"},
 };
+
+bool IsDigit(char16_t ch)
+{
+    return ch >= u'0' && ch <= u'9';
+}
+
+bool IsBlank(char16_t ch)
+{
+    return ch == u' ' || ch == u'\t';
+}
+
+// Decimal digits from `text`, up to the first non-digit; values beyond
+// INT32_MAX give -1. `used` counts the digits.
+int32_t ReadNumber(const char16_t* text, int32_t& used)
+{
+    int64_t value = 0;
+    used = 0;
+    while (IsDigit(text[used]))
+    {
+        if (value <= INT32_MAX)
+            value = value * 10 + (text[used] - u'0');
+        ++used;
+    }
+    return value > INT32_MAX ? -1 : int32_t(value);
+}
 } // namespace
+
+TextHolder::TextHolder() = default;
+
+TextHolder::~TextHolder()
+{
+    Clear();
+}
 
 TextHolder& TextHolder::Instance()
 {
@@ -23,8 +69,12 @@ TextHolder& TextHolder::Instance()
     return holder;
 }
 
+// --- lookups --------------------------------------------------------------------
+
 const char16_t* TextHolder::Text(int32_t number, bool mayBeAbsent) const
 {
+    if (number >= 0 && number < Count() && index[size_t(number)] != 0)
+        return pool.data() + index[size_t(number)] - 1;
     if (mayBeAbsent)
         return nullptr;
     for (const Fallback& fallback : fallbacks)
@@ -33,7 +83,338 @@ const char16_t* TextHolder::Text(int32_t number, bool mayBeAbsent) const
     return KelText::EmptyText();
 }
 
-bool TextHolder::IsLoaded() const
+const char16_t* TextHolder::ReferenceText(const char16_t* reference, bool mayBeAbsent) const
 {
-    return false;
+    if (IsReference(reference))
+    {
+        int32_t used;
+        const int32_t number = ReadNumber(reference + 1, used);
+        if (number >= 0 && number < Count() && index[size_t(number)] != 0)
+            return pool.data() + index[size_t(number)] - 1;
+    }
+    return mayBeAbsent ? nullptr : KelText::EmptyText();
+}
+
+// --- languages ------------------------------------------------------------------
+
+int32_t TextHolder::SelectLanguage(const PointerList<KelText>& names, const KelText& asked)
+{
+    if (asked.IsEmpty() || asked == u"English")
+        return DefaultLanguage;
+    if (asked == u"all")
+        return AllLanguages;
+    if (asked.At(0) == u'#' && asked.Length() > 1)
+    {
+        int32_t used;
+        const int32_t position = ReadNumber(asked.c_str() + 1, used);
+        if (used == asked.Length() - 1)
+        {
+            if (position >= 1 && position <= names.Count())
+                return position - 1;
+            return DefaultLanguage; // 0, or a position the list lacks
+        }
+    }
+    for (int32_t i = 0; i < names.Count(); ++i)
+        if (names.At(i) && *names.At(i) == asked)
+            return i;
+    for (int32_t i = 0; i < names.Count(); ++i)
+        if (names.At(i) && names.At(i)->StartsWith(asked.c_str()))
+            return i;
+    return DefaultLanguage;
+}
+
+KelText TextHolder::LanguageFromCommandLine(const KelText& commandLine)
+{
+    const char16_t* at = commandLine.c_str();
+    while (*at)
+    {
+        while (IsBlank(*at))
+            ++at;
+        if (!*at)
+            break;
+        // One token: blanks inside quotes belong to it; the quotes are dropped.
+        KelText token;
+        bool quoted = false;
+        for (; *at && (quoted || !IsBlank(*at)); ++at)
+        {
+            if (*at == u'"')
+                quoted = !quoted;
+            else
+                token += *at;
+        }
+        if (token.Length() >= 3 && token.At(0) == u'/' && KelText::Fold(token.At(1)) == u'L' &&
+            token.At(2) == u'=')
+            return token.Sub(4, token.Length() - 3);
+    }
+    return KelText();
+}
+
+const char16_t* TextHolder::LanguageName(int32_t position) const
+{
+    const KelText* name = names.At(position);
+    return name ? name->c_str() : KelText::EmptyText();
+}
+
+KelText TextHolder::CurrentLanguageName() const
+{
+    if (languageSlot == DefaultLanguage)
+        return KelText(u"English");
+    if (languageSlot == AllLanguages)
+        return KelText(u"all");
+    if (languageSlot >= 0)
+        return KelText(LanguageName(languageSlot));
+    return KelText();
+}
+
+// --- objects ----------------------------------------------------------------------
+
+TextEntry* TextHolder::FindEntry(uint32_t number) const
+{
+    int32_t low = 0, high = entries.Count();
+    while (low < high)
+    {
+        const int32_t middle = low + (high - low) / 2;
+        const TextEntry* entry = entries.At(middle);
+        if (entry && entry->Number() < number)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    TextEntry* found = entries.At(low);
+    return found && found->Number() == number ? found : nullptr;
+}
+
+TextEntry* TextHolder::FindEntry(const KelText& text) const
+{
+    const int32_t slot = languageSlot == AllLanguages ? DefaultLanguage : languageSlot;
+    for (TextEntry* entry : entries)
+        if (entry && entry->TextFor(slot) == text)
+            return entry;
+    return nullptr;
+}
+
+void TextHolder::AddEntry(TextEntry* entry)
+{
+    if (!entry)
+        return;
+    int32_t position = entries.Count();
+    while (position > 0 && entries.At(position - 1) &&
+           entries.At(position - 1)->Number() > entry->Number())
+        --position;
+    entries.Insert(position, entry);
+}
+
+void TextHolder::AddLanguage(TextLanguage* language)
+{
+    if (!language)
+        return;
+    names.Add(new KelText(language->Name()));
+    languages.Add(language);
+}
+
+Storable* TextHolder::CreateObject(uint32_t classTag)
+{
+    switch (classTag)
+    {
+    case TextEntry::Tag:
+        return new TextEntry;
+    case TextCatagory::Tag:
+        return new TextCatagory;
+    case TextLanguage::Tag:
+        return new TextLanguage;
+    default:
+        return nullptr;
+    }
+}
+
+// --- loading ----------------------------------------------------------------------
+
+void TextHolder::ReleaseTable()
+{
+    std::vector<char16_t>().swap(pool);
+    std::vector<uint32_t>().swap(index);
+}
+
+void TextHolder::Clear()
+{
+    ReleaseTable();
+    entries.Clear();
+    categories.Clear();
+    languages.Clear();
+    names.Clear();
+    languageSlot = NoLanguage;
+    loaded = false;
+}
+
+bool TextHolder::AddToTable(uint32_t number, const KelText& text)
+{
+    if (number > MaxTextNumber)
+        return false;
+    // An empty text is no text: the number stays absent, so fallbacks apply.
+    if (text.IsEmpty())
+        return true;
+    if (number >= index.size())
+    {
+        // Grow by doubling so that numbers arriving in ascending order do not
+        // copy the index at every step.
+        if (number >= index.capacity())
+            index.reserve(std::min<size_t>(MaxTextNumber + 1,
+                                           std::max<size_t>(number + 1, index.capacity() * 2)));
+        index.resize(number + 1, 0);
+    }
+    if (pool.size() + size_t(text.Length()) + 1 > UINT32_MAX - 1)
+        return false;
+    index[number] = uint32_t(pool.size()) + 1;
+    pool.insert(pool.end(), text.c_str(), text.c_str() + text.Length() + 1);
+    return true;
+}
+
+bool TextHolder::Load(const KelText& fileName, const KelText& language, bool reportFailures)
+{
+    askedName = fileName;
+    fullPath = fileName;
+    AppServices* services = GetAppServices();
+    if (!GetFileSystem().Exists(fileName) && services)
+    {
+        KelText resolved;
+        if (services->ResolveProgramFile(fileName, resolved) && !resolved.IsEmpty())
+            fullPath = resolved;
+    }
+    Clear();
+    askedLanguage = language;
+
+    Archive archive;
+    bool opened = archive.OpenFile(fullPath);
+    if (opened && archive.IsAlternativeFormat())
+        opened = archive.Reopen(archive.FileFlags());
+    if (!opened || !Serialise(archive))
+    {
+        Clear();
+        if (reportFailures && services)
+            services->ReportError(KelText(u"Error Opening Specified Dictionary"), fullPath);
+        return false;
+    }
+    loaded = true;
+    if (services)
+        services->SetDictionaryNotice(KelText::Formatted(u"%s\n\n%s", Text(324), Text(323)));
+    return true;
+}
+
+bool TextHolder::Save(const KelText& fileName, uint32_t archiveFlags)
+{
+    Archive archive;
+    archive.BeginWriting(archiveFlags);
+    return Serialise(archive) && archive.SaveFile(fileName);
+}
+
+bool TextHolder::Serialise(Archive& archive)
+{
+    if (archive.IsWriting())
+        return WriteTo(archive);
+    if (!archive.IsReading())
+        return false;
+    if (!ReadFrom(archive))
+    {
+        archive.Fail();
+        return false;
+    }
+    return true;
+}
+
+bool TextHolder::WriteTo(Archive& archive)
+{
+    uint32_t count = uint32_t(languages.Count());
+    archive.Value(count);
+    for (TextLanguage* language : languages)
+    {
+        KelText name = language ? language->Name() : KelText();
+        archive.Value(name);
+    }
+    archive.Boundary();
+    archive.List(entries);
+    archive.Boundary();
+    archive.List(categories);
+    archive.Boundary();
+    archive.List(languages);
+    return archive.Ok();
+}
+
+bool TextHolder::ReadFrom(Archive& archive)
+{
+    // a. the language names, and from them the language slot
+    uint32_t nameCount = 0;
+    if (!archive.Count(nameCount, Archive::MinTextSize) || !names.Reserve(int32_t(nameCount)))
+        return false;
+    for (uint32_t i = 0; i < nameCount && archive.Ok(); ++i)
+    {
+        KelText* name = new KelText;
+        archive.Value(*name);
+        names.Add(name);
+    }
+    if (!archive.Ok())
+        return false;
+    languageSlot = SelectLanguage(names, askedLanguage);
+
+    // b. the entries
+    archive.Boundary();
+    if (languageSlot == AllLanguages)
+    {
+        entries.Clear();
+        if (!archive.List(entries))
+            return false;
+        entries.Sort([](const TextEntry* left, const TextEntry* right)
+                     { return (left ? left->Number() : 0) < (right ? right->Number() : 0); });
+        for (const TextEntry* entry : entries)
+            if (entry && !AddToTable(entry->Number(), entry->DefaultText()))
+                return false;
+    }
+    else if (!ReadEntriesCompact(archive))
+        return false;
+
+    // c. the categories
+    archive.Boundary();
+    if (!archive.List(categories))
+        return false;
+
+    // d. the languages
+    archive.Boundary();
+    if (!archive.List(languages))
+        return false;
+
+    if (languageSlot != AllLanguages)
+    {
+        // Only the compact table is kept in the ordinary mode.
+        categories.Clear();
+        languages.Clear();
+        return true;
+    }
+    categories.Sort([](const TextCatagory* left, const TextCatagory* right)
+                    { return (left ? left->Number() : 0) < (right ? right->Number() : 0); });
+    if (languages.Count() == 0)
+        for (const KelText* name : names)
+            languages.Add(new TextLanguage(name ? *name : KelText()));
+    for (TextEntry* entry : entries)
+        if (entry)
+            entry->EnsureTexts(languages.Count());
+    return true;
+}
+
+bool TextHolder::ReadEntriesCompact(Archive& archive)
+{
+    uint32_t count = 0;
+    if (!archive.Count(count, Archive::RecordHeaderSize))
+        return false;
+    // Most files hold numbers close to their count of entries.
+    pool.reserve(std::min<size_t>(archive.TotalBytes() / 2, size_t(count) * 24));
+    TextEntry entry;
+    entry.KeepOnlyText(languageSlot);
+    for (uint32_t i = 0; i < count; ++i)
+    {
+        bool present = false;
+        if (!archive.ReadInto(entry, present))
+            return false;
+        if (present && !AddToTable(entry.Number(), entry.TextFor(languageSlot)))
+            return false;
+    }
+    return true;
 }

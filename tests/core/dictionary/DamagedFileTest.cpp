@@ -1,0 +1,193 @@
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "tests/core/dictionary/DictionarySupport.h"
+
+namespace
+{
+const char16_t* const path = u"damaged.ary";
+
+class DamagedFile : public ::testing::Test
+{
+protected:
+    void SetUp() override { valid = SampleFile(files, path); }
+
+    // Loads `content` and expects a clean failure: one report, nothing kept.
+    void ExpectRefused(const std::string& content, const char16_t* language,
+                       const std::string& what)
+    {
+        files.files[path] = content;
+        const size_t reports = services.errors.size();
+        EXPECT_FALSE(holder.Load(KelText(path), KelText(language), true)) << what;
+        ASSERT_EQ(services.errors.size(), reports + 1) << what;
+        EXPECT_EQ(services.errors.back().first, "Error Opening Specified Dictionary");
+        EXPECT_FALSE(holder.IsLoaded()) << what;
+        EXPECT_EQ(holder.Count(), 0) << what;
+        EXPECT_EQ(holder.LanguageCount(), 0) << what;
+        EXPECT_EQ(holder.EntryCount(), 0) << what;
+        EXPECT_EQ(Utf8(holder.Text(48)), "Cancel") << what;
+    }
+
+    static std::string WithU32(std::string bytes, size_t at, uint32_t value)
+    {
+        std::memcpy(bytes.data() + at, &value, 4);
+        return bytes;
+    }
+
+    MemoryFiles files;
+    RecordingServices services;
+    TextHolder holder;
+    std::string valid;
+};
+
+TEST_F(DamagedFile, EveryTruncationFailsCleanly)
+{
+    for (const char16_t* language : {u"Deutsch", u"all"})
+        for (size_t size = 0; size < valid.size(); ++size)
+            ExpectRefused(valid.substr(0, size), language, "cut at " + std::to_string(size));
+    files.files[path] = valid;
+    EXPECT_TRUE(holder.Load(KelText(path), KelText(u"all"), true));
+}
+
+TEST_F(DamagedFile, HugeValuesAnywhereNeverOverAllocate)
+{
+    // Every 32-bit field, whatever it is (count, size, text length, number),
+    // set to a huge value: the load either fails cleanly or succeeds, and the
+    // sanitizers see no oversized allocation.
+    for (uint32_t huge : {0xFFFFFFFFu, 0x7FFFFFF0u, 0x10000000u})
+        for (size_t at = 0; at + 4 <= valid.size(); ++at)
+        {
+            files.files[path] = WithU32(valid, at, huge);
+            const size_t reports = services.errors.size();
+            const bool loaded = holder.Load(KelText(path), KelText(u"all"), true);
+            EXPECT_EQ(services.errors.size(), reports + (loaded ? 0 : 1)) << at;
+            if (!loaded)
+            {
+                EXPECT_EQ(Utf8(holder.Text(48)), "Cancel");
+            }
+        }
+}
+
+TEST_F(DamagedFile, BadHeadersAreRefused)
+{
+    ExpectRefused("", u"English", "empty");
+    ExpectRefused("KELB" + valid.substr(4), u"English", "magic");
+    ExpectRefused(WithU32(valid, 4, 2), u"English", "version");
+    ExpectRefused(WithU32(valid, 8, 4), u"English", "unknown flag");
+    ExpectRefused(WithU32(valid, 12, 1), u"English", "reserved");
+    ExpectRefused(WithU32(valid, 16, 1000), u"English", "name count beyond the file");
+}
+
+TEST_F(DamagedFile, TextNumbersAreBounded)
+{
+    TextHolder big;
+    TextEntry* last = new TextEntry(TextHolder::MaxTextNumber);
+    last->DefaultText() = KelText(u"last");
+    big.AddEntry(last);
+    ASSERT_TRUE(big.Save(KelText(path)));
+    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"English"), true));
+    EXPECT_EQ(holder.Count(), int32_t(TextHolder::MaxTextNumber) + 1);
+    EXPECT_EQ(Utf8(holder.Text(int32_t(TextHolder::MaxTextNumber))), "last");
+
+    last->SetNumber(TextHolder::MaxTextNumber + 1);
+    ASSERT_TRUE(big.Save(KelText(path)));
+    ExpectRefused(files.files[path], u"English", "number beyond the range");
+    ExpectRefused(files.files[path], u"all", "number beyond the range, editing");
+}
+
+// Hand-made records: a language record nested `depth` deep through its list
+// of sub-objects.
+std::string NestedLanguage(int depth)
+{
+    std::string body(4, '\0') /* name */;
+    body += std::string(4, '\0'); // description
+    const uint32_t attributesBlock = 8;
+    body.append(reinterpret_cast<const char*>(&attributesBlock), 4);
+    body += std::string(8, '\0');
+    std::string rest;
+    const uint32_t count = depth > 1 ? 1 : 0;
+    rest.append(reinterpret_cast<const char*>(&count), 4);
+    if (depth > 1)
+        rest += NestedLanguage(depth - 1);
+    const uint32_t restSize = uint32_t(rest.size());
+    body.append(reinterpret_cast<const char*>(&restSize), 4);
+    body += rest;
+    const uint32_t tag = TextLanguage::Tag, size = uint32_t(body.size());
+    std::string record(reinterpret_cast<const char*>(&tag), 4);
+    record.append(reinterpret_cast<const char*>(&size), 4);
+    return record + body;
+}
+
+TEST_F(DamagedFile, DeepNestingIsRefused)
+{
+    auto dictionary = [](int depth)
+    {
+        Archive archive;
+        archive.BeginWriting();
+        std::string bytes = archive.Finish();
+        const uint32_t zero = 0, four = 4, one = 1;
+        bytes.append(reinterpret_cast<const char*>(&zero), 4); // no names
+        for (int block = 0; block < 2; ++block)                // no entries, no categories
+        {
+            bytes.append(reinterpret_cast<const char*>(&four), 4);
+            bytes.append(reinterpret_cast<const char*>(&zero), 4);
+        }
+        const std::string record = NestedLanguage(depth);
+        const uint32_t size = uint32_t(record.size() + 4);
+        bytes.append(reinterpret_cast<const char*>(&size), 4);
+        bytes.append(reinterpret_cast<const char*>(&one), 4);
+        return bytes + record;
+    };
+    files.files[path] = dictionary(10);
+    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"all"), true));
+    EXPECT_EQ(holder.LanguageObjectCount(), 1);
+    ExpectRefused(dictionary(Archive::MaxDepth + 8), u"all", "nested too deep");
+}
+
+TEST_F(DamagedFile, OlderReadersSkipFieldsAddedAtABlockEnd)
+{
+    // An entry as a later writer might store it: one more field at the end of
+    // each block, and one more block at the end of the record.
+    struct NewerEntry : TextEntry
+    {
+        bool Serialise(Archive& archive) override
+        {
+            KelText text(u"Yes please"), empty;
+            uint32_t number = 66, zero = 0, later = 0xDEADBEEF;
+            uint64_t data = 0;
+            archive.Value(text);
+            archive.Value(empty);
+            archive.Value(empty);
+            archive.Boundary();
+            archive.Value(number);
+            archive.Value(zero);
+            archive.Value(data);
+            archive.Value(zero);
+            archive.Value(later); // new field at the end of the first block
+            archive.Boundary();
+            archive.Value(zero);
+            archive.Value(zero);
+            archive.Value(later); // new field at the end of the second block
+            archive.Boundary();   // and a new block
+            archive.Value(later);
+            return archive.Ok();
+        }
+    } newer;
+    Archive archive;
+    archive.BeginWriting();
+    uint32_t noNames = 0, oneEntry = 1, noObjects = 0;
+    archive.Value(noNames);
+    archive.Boundary();
+    archive.Value(oneEntry);
+    archive.WriteObject(&newer);
+    for (int block = 0; block < 2; ++block)
+    {
+        archive.Boundary();
+        archive.Value(noObjects);
+    }
+    ASSERT_TRUE(archive.SaveFile(KelText(path)));
+    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"English"), true));
+    EXPECT_EQ(Utf8(holder.Text(66)), "Yes please");
+}
+} // namespace

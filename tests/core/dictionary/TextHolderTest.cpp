@@ -1,0 +1,266 @@
+#include <gtest/gtest.h>
+
+#include "tests/core/dictionary/DictionarySupport.h"
+
+namespace
+{
+const char16_t* const path = u"dict/diction.ary";
+
+class Dictionary : public ::testing::Test
+{
+protected:
+    void SetUp() override { bytes = SampleFile(files, path); }
+
+    bool Load(const char16_t* language, const char16_t* name = path)
+    {
+        return holder.Load(KelText(name), KelText(language), true);
+    }
+
+    MemoryFiles files;
+    RecordingServices services;
+    std::string bytes;
+    TextHolder holder;
+};
+
+TEST(DictionaryFallbacks, EmptyDictionaryServesBuiltInTexts)
+{
+    TextHolder empty;
+    EXPECT_FALSE(empty.IsLoaded());
+    EXPECT_EQ(Utf8(empty.Text(48)), "Cancel");
+    EXPECT_EQ(Utf8(empty.Text(6069)), "Don't Show This Message Again");
+    EXPECT_EQ(Utf8(empty.Text(49)), "");
+    EXPECT_EQ(Utf8(empty.Text(-1)), "");
+    EXPECT_EQ(empty.Text(-1, true), nullptr);
+    EXPECT_EQ(empty.Text(48, true), nullptr);
+    EXPECT_EQ(empty.ReferenceText(u"^48"), KelText::EmptyText()); // no fallback for references
+    EXPECT_EQ(empty.CurrentLanguageName().ToUtf8(), "");
+}
+
+TEST(DictionaryLanguages, SelectionRules)
+{
+    PointerList<KelText> names;
+    for (const char16_t* name : {u"English", u"Deutsch (Schweiz)", u"Deutsch", u"Français"})
+        names.Add(new KelText(name));
+    auto slot = [&](const char16_t* asked) { return TextHolder::SelectLanguage(names, asked); };
+    EXPECT_EQ(slot(u"ALL"), TextHolder::AllLanguages);
+    EXPECT_EQ(slot(u"english"), -1);
+    EXPECT_EQ(slot(u""), -1);
+    EXPECT_EQ(slot(u"#0"), -1);
+    EXPECT_EQ(slot(u"#1"), 0);
+    EXPECT_EQ(slot(u"#4"), 3);
+    EXPECT_EQ(slot(u"#5"), -1);
+    EXPECT_EQ(slot(u"#99999999999"), -1);
+    EXPECT_EQ(slot(u"deutsch"), 2); // an exact name beats an earlier prefix
+    EXPECT_EQ(slot(u"DEUT"), 1);    // else the first name that begins with it
+    EXPECT_EQ(slot(u"Fran"), 3);
+    EXPECT_EQ(slot(u"français"), 3);
+    EXPECT_EQ(slot(u"FRANÇAIS"), -1); // only ASCII letters fold: 'Ç' is not 'ç'
+    EXPECT_EQ(slot(u"Klingon"), -1);
+}
+
+TEST(DictionaryLanguages, CommandLineSwitch)
+{
+    auto language = [](const char16_t* line)
+    { return TextHolder::LanguageFromCommandLine(KelText(line)).ToUtf8(); };
+    EXPECT_EQ(language(u"EditKel.exe -app=Plotwise /l=Deutsch"), "Deutsch");
+    EXPECT_EQ(language(u"/L=#2\t-app=Plotwise"), "#2");
+    EXPECT_EQ(language(u"x.exe /l=\"Deutsch (Schweiz)\" -app=Cutwise"), "Deutsch (Schweiz)");
+    EXPECT_EQ(language(u"\"C:\\My Tools /l=x\\EditKel.exe\" -app=Plotwise"), "");
+    EXPECT_EQ(language(u"EditKel.exe -app=Plotwise/l=Deutsch"), "");
+    EXPECT_EQ(language(u"EditKel.exe /l="), "");
+    EXPECT_EQ(language(u""), "");
+}
+
+TEST(DictionaryGrowth, CapacityRule)
+{
+    const std::pair<int32_t, int32_t> cases[] = {
+        {0, 4},
+        {3, 4},
+        {4, 8},
+        {64, 72},
+        {65, 128},
+        {512, 640},
+        {513, 1024},
+        {4096, 5120},
+        {4097, 8192},
+        {65536, 73728},
+        {65537, 131072},
+        {500000, 524288},
+        {500001, 1000000},
+        {1000000, 2000000},
+    };
+    for (const auto& [n, capacity] : cases)
+        EXPECT_EQ(GrowthCapacity(n), capacity) << n;
+    PointerList<KelText> list;
+    for (int i = 0; i < 70; ++i)
+        list.Add(new KelText(u"x"));
+    EXPECT_EQ(list.Capacity(), 128);
+}
+
+TEST_F(Dictionary, OrdinaryModeServesTheChosenLanguage)
+{
+    ASSERT_TRUE(Load(u"deu"));
+    EXPECT_TRUE(holder.IsLoaded());
+    EXPECT_EQ(holder.LanguageSlot(), 1);
+    EXPECT_EQ(holder.CurrentLanguageName().ToUtf8(), "Deutsch");
+    ASSERT_EQ(holder.LanguageCount(), 3);
+    EXPECT_EQ(Utf8(holder.LanguageName(2)), "Français");
+    EXPECT_EQ(Utf8(holder.Text(6070)), "Meldungen");
+    EXPECT_EQ(Utf8(holder.Text(323)), "Copyright line"); // no German text: the default
+    EXPECT_EQ(Utf8(holder.Text(6069)), "Nie wieder");    // the file wins over the fallback
+    EXPECT_EQ(Utf8(holder.Text(48)), "Cancel");          // the file lacks it: fallback
+    EXPECT_EQ(holder.Count(), 9710);
+    EXPECT_EQ(holder.Text(9710, true), nullptr); // a number equal to the count
+    EXPECT_EQ(Utf8(holder.Text(9709)), "Der Ordner „%s“ hat kein %s.");
+    EXPECT_EQ(holder.EntryCount(), 0); // only the compact table is kept
+    EXPECT_EQ(holder.FindEntry(6070), nullptr);
+
+    EXPECT_EQ(Utf8(holder.ReferenceText(u"^6070")), "Meldungen");
+    EXPECT_EQ(Utf8(holder.ReferenceText(u"^6070 and more")), "Meldungen");
+    EXPECT_EQ(Utf8(holder.ReferenceText(u"6070")), "");
+    EXPECT_EQ(holder.ReferenceText(u"6070", true), nullptr);
+    EXPECT_EQ(holder.ReferenceText(nullptr, true), nullptr);
+    EXPECT_EQ(Utf8(holder.ReferenceText(u"^")), "Null"); // a caret alone is text 0
+    EXPECT_EQ(holder.ReferenceText(u"^48", true), nullptr);
+    EXPECT_EQ(holder.ReferenceText(u"^99999999999", true), nullptr);
+
+    EXPECT_TRUE(services.errors.empty());
+    EXPECT_EQ(services.notices, 1);
+    EXPECT_EQ(services.notice, "Hinweis\n\nCopyright line");
+}
+
+TEST_F(Dictionary, EnglishAndPositionsChooseTheirTexts)
+{
+    ASSERT_TRUE(Load(u"English"));
+    EXPECT_EQ(holder.LanguageSlot(), -1);
+    EXPECT_EQ(Utf8(holder.Text(6070)), "Message Prompts");
+    ASSERT_TRUE(Load(u"#3"));
+    EXPECT_EQ(Utf8(holder.Text(6070)), "Messages");
+    EXPECT_EQ(Utf8(holder.Text(6069)), "Never again"); // empty French text: the default
+    ASSERT_TRUE(Load(u"Klingon"));
+    EXPECT_EQ(holder.LanguageSlot(), -1);
+    EXPECT_EQ(Utf8(holder.Text(0)), "Zero");
+}
+
+TEST_F(Dictionary, NarrowArchiveIsReopenedInItsFormat)
+{
+    for (uint32_t flags :
+         {Archive::NarrowTexts | Archive::NarrowUtf8, uint32_t(Archive::NarrowTexts)})
+    {
+        SampleFile(files, u"narrow.ary", flags);
+        ASSERT_TRUE(Load(u"Deutsch", u"narrow.ary")) << flags;
+        EXPECT_EQ(Utf8(holder.Text(6070)), "Meldungen");
+        // "„" and "“" exist in Windows-1252 as well, so both encodings keep them.
+        EXPECT_EQ(Utf8(holder.Text(9709)), "Der Ordner „%s“ hat kein %s.");
+    }
+}
+
+TEST_F(Dictionary, EditingModeKeepsAndSavesEveryObject)
+{
+    ASSERT_TRUE(Load(u"all"));
+    EXPECT_EQ(holder.LanguageSlot(), TextHolder::AllLanguages);
+    ASSERT_EQ(holder.EntryCount(), 7);
+    for (int32_t i = 1; i < holder.EntryCount(); ++i)
+        EXPECT_LT(holder.Entry(i - 1)->Number(), holder.Entry(i)->Number());
+    ASSERT_EQ(holder.CategoryCount(), 2);
+    EXPECT_EQ(holder.Category(0)->Number(), 7u); // sorted after reading
+    EXPECT_EQ(holder.Category(0)->Members(), (std::vector<uint32_t>{6069, 6070}));
+    ASSERT_EQ(holder.LanguageObjectCount(), 3);
+    EXPECT_EQ(holder.Language(2)->Description().ToUtf8(), "Français.txt");
+    EXPECT_EQ(holder.Language(2)->FirstAttribute(), 1033u);
+    EXPECT_EQ(holder.Language(2)->SecondAttribute(), 1252u);
+
+    TextEntry* entry = holder.FindEntry(6070);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->Note().ToUtf8(), "note");
+    EXPECT_EQ(entry->Extra().ToUtf8(), "extra");
+    EXPECT_EQ(entry->Category(), 7u);
+    EXPECT_EQ(entry->Attributes(), 0x55u);
+    EXPECT_EQ(entry->Data(), 0x0123456789ABCDEFull);
+    ASSERT_EQ(entry->Links().Count(), 2);
+    EXPECT_EQ(entry->Links().At(1), 324u);
+    EXPECT_EQ(entry->Text(1).ToUtf8(), "Meldungen");
+    EXPECT_EQ(holder.FindEntry(6071), nullptr);
+    EXPECT_EQ(holder.FindEntry(KelText(u"MESSAGE PROMPTS")), entry);
+    EXPECT_EQ(Utf8(holder.Text(6070)), "Message Prompts"); // lookups serve the default texts
+
+    // Saving what was loaded and loading it again changes nothing.
+    ASSERT_TRUE(holder.Save(KelText(u"copy.ary")));
+    const std::string first = files.files[u"copy.ary"];
+    ASSERT_TRUE(Load(u"all", u"copy.ary"));
+    ASSERT_TRUE(holder.Save(KelText(u"copy2.ary")));
+    EXPECT_EQ(files.files[u"copy2.ary"], first);
+    EXPECT_EQ(holder.FindEntry(6070)->Data(), 0x0123456789ABCDEFull);
+}
+
+TEST_F(Dictionary, EditingModeMakesLanguagesFromNames)
+{
+    // A file with language names and no language objects.
+    Archive archive;
+    archive.BeginWriting();
+    uint32_t count = 2;
+    archive.Value(count);
+    KelText english(u"English"), german(u"Deutsch");
+    archive.Value(english);
+    archive.Value(german);
+    PointerList<TextEntry> none;
+    PointerList<TextCatagory> noCategories;
+    PointerList<TextLanguage> noLanguages;
+    archive.Boundary();
+    archive.List(none);
+    archive.Boundary();
+    archive.List(noCategories);
+    archive.Boundary();
+    archive.List(noLanguages);
+    ASSERT_TRUE(archive.SaveFile(KelText(u"names.ary")));
+
+    ASSERT_TRUE(Load(u"all", u"names.ary"));
+    ASSERT_EQ(holder.LanguageObjectCount(), 2);
+    EXPECT_EQ(holder.Language(1)->Name().ToUtf8(), "Deutsch");
+}
+
+TEST_F(Dictionary, MissingFileIsResolvedThroughTheProgramFolders)
+{
+    files.files[u"/program/diction.ary"] = bytes;
+    services.programFiles["diction.ary"] = "/program/diction.ary";
+    ASSERT_TRUE(Load(u"Deutsch", u"diction.ary"));
+    EXPECT_EQ(holder.AskedName().ToUtf8(), "diction.ary");
+    EXPECT_EQ(holder.FullPath().ToUtf8(), "/program/diction.ary");
+
+    services.programFiles.clear();
+    EXPECT_FALSE(Load(u"Deutsch", u"diction.ary"));
+    ASSERT_EQ(services.errors.size(), 1u);
+    EXPECT_EQ(services.errors[0].first, "Error Opening Specified Dictionary");
+    EXPECT_EQ(services.errors[0].second, "diction.ary");
+    EXPECT_FALSE(holder.IsLoaded());
+    EXPECT_EQ(Utf8(holder.Text(48)), "Cancel");
+
+    EXPECT_FALSE(holder.Load(KelText(u"diction.ary"), KelText(u"Deutsch"), false));
+    EXPECT_EQ(services.errors.size(), 1u); // not reported when asked not to
+
+    AppServices* mine = SetAppServices(nullptr); // no application at all
+    EXPECT_TRUE(Load(u"Deutsch"));
+    EXPECT_FALSE(Load(u"Deutsch", u"nowhere.ary"));
+    SetAppServices(mine);
+}
+
+TEST_F(Dictionary, FailedSaveKeepsThePreviousFile)
+{
+    class FailingFiles : public MemoryFiles
+    {
+    public:
+        bool WriteBytes(const KelText& path, const void* data, size_t size) override
+        {
+            const bool broken = ++writes == 1; // the first write breaks off half-way
+            MemoryFiles::WriteBytes(path, data, broken ? size / 2 : size);
+            return !broken;
+        }
+        int writes = 0;
+    } failing;
+    failing.files[u"old.ary"] = "previous content";
+    TextHolder sample;
+    FillSample(sample);
+    EXPECT_FALSE(sample.Save(KelText(u"old.ary")));
+    EXPECT_EQ(failing.files[u"old.ary"], "previous content");
+}
+} // namespace

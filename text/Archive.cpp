@@ -1,0 +1,474 @@
+#include "text/Archive.h"
+
+#include <bit>
+#include <cstring>
+
+#include "text/CodePage.h"
+#include "text/FileSystem.h"
+#include "text/KelText.h"
+
+static_assert(std::endian::native == std::endian::little,
+              "the archive copies its little-endian integers and UTF-16 units directly");
+
+namespace
+{
+constexpr char magic[4] = {'K', 'E', 'L', 'A'};
+
+uint32_t NarrowCodePage(uint32_t flags)
+{
+    return (flags & Archive::NarrowUtf8) ? CodePage::Utf8 : CodePage::Ansi;
+}
+} // namespace
+
+// --- opening ------------------------------------------------------------------
+
+void Archive::BeginWriting(uint32_t flags)
+{
+    Close();
+    mode = Mode::Writing;
+    ok = true;
+    fileFlags = flags & KnownFlags;
+    settings = fileFlags;
+    frames.push_back(Frame());
+    Put(magic, sizeof magic);
+    WriteU32(Version);
+    WriteU32(fileFlags);
+    WriteU32(0);
+}
+
+bool Archive::OpenBytes(std::string bytes, uint32_t openSettings)
+{
+    Close();
+    data = std::move(bytes);
+    return Reopen(openSettings);
+}
+
+bool Archive::OpenFile(const KelText& path, uint32_t openSettings)
+{
+    std::string bytes;
+    if (!GetFileSystem().ReadBytes(path, bytes))
+    {
+        Close();
+        return false;
+    }
+    return OpenBytes(std::move(bytes), openSettings);
+}
+
+bool Archive::Reopen(uint32_t openSettings)
+{
+    mode = Mode::Reading;
+    ok = true;
+    settings = openSettings & KnownFlags;
+    fileFlags = 0;
+    frames.assign(1, Frame());
+    frames.back().end = data.size();
+    position = 0;
+
+    const char* header = Take(HeaderSize);
+    if (!header || std::memcmp(header, magic, sizeof magic) != 0)
+        return ok = false;
+    uint32_t version, flags, reserved;
+    std::memcpy(&version, header + 4, 4);
+    std::memcpy(&flags, header + 8, 4);
+    std::memcpy(&reserved, header + 12, 4);
+    if (version != Version || (flags & ~KnownFlags) != 0 || reserved != 0)
+        return ok = false;
+    fileFlags = flags;
+    return true;
+}
+
+bool Archive::IsAlternativeFormat() const
+{
+    return IsReading() && ((fileFlags ^ settings) & NarrowTexts) != 0;
+}
+
+void Archive::Close()
+{
+    mode = Mode::Closed;
+    ok = false;
+    fileFlags = 0;
+    settings = 0;
+    data.clear();
+    position = 0;
+    frames.clear();
+}
+
+// --- primitive access -------------------------------------------------------------
+
+size_t Archive::Limit() const
+{
+    const Frame& frame = frames.back();
+    return frame.blockOpen ? frame.blockEnd : frame.end;
+}
+
+const char* Archive::Take(size_t bytes)
+{
+    if (!ok || !IsReading() || bytes > Limit() - position)
+    {
+        ok = false;
+        return nullptr;
+    }
+    const char* at = data.data() + position;
+    position += bytes;
+    return at;
+}
+
+void Archive::Put(const void* bytes, size_t count)
+{
+    if (!ok || !IsWriting())
+    {
+        ok = false;
+        return;
+    }
+    data.append(static_cast<const char*>(bytes), count);
+    position = data.size();
+}
+
+void Archive::Patch(size_t at, size_t value)
+{
+    if (value > UINT32_MAX)
+    {
+        ok = false;
+        return;
+    }
+    const uint32_t size = uint32_t(value);
+    std::memcpy(data.data() + at, &size, 4);
+}
+
+uint32_t Archive::ReadU32()
+{
+    uint32_t value = 0;
+    if (const char* at = Take(4))
+        std::memcpy(&value, at, 4);
+    return value;
+}
+
+void Archive::WriteU32(uint32_t value)
+{
+    Put(&value, 4);
+}
+
+// --- values -------------------------------------------------------------------------
+
+void Archive::Value(uint32_t& value)
+{
+    if (IsWriting())
+        WriteU32(value);
+    else
+        value = ReadU32();
+}
+
+void Archive::Value(int32_t& value)
+{
+    uint32_t bits = uint32_t(value);
+    Value(bits);
+    value = int32_t(bits);
+}
+
+void Archive::Value(uint64_t& value)
+{
+    if (IsWriting())
+    {
+        Put(&value, 8);
+        return;
+    }
+    value = 0;
+    if (const char* at = Take(8))
+        std::memcpy(&value, at, 8);
+}
+
+void Archive::Value(int64_t& value)
+{
+    uint64_t bits = uint64_t(value);
+    Value(bits);
+    value = int64_t(bits);
+}
+
+void Archive::Value(KelText& text)
+{
+    if (IsReading())
+    {
+        ReadText(&text);
+        return;
+    }
+    const int32_t length = KelText::Measure(text.c_str());
+    if (length == 0)
+    {
+        WriteU32(0);
+        return;
+    }
+    if (!(settings & NarrowTexts))
+    {
+        WriteU32(uint32_t(length) + 1);
+        Put(text.c_str(), (size_t(length) + 1) * sizeof(char16_t));
+        return;
+    }
+    const uint32_t codePage = NarrowCodePage(settings);
+    const int32_t bytes = CodePage::FromWide(codePage, text.c_str(), length, nullptr, 0);
+    if (bytes <= 0 || bytes == INT32_MAX)
+    {
+        ok = false;
+        return;
+    }
+    std::string narrow(size_t(bytes) + 1, '\0');
+    CodePage::FromWide(codePage, text.c_str(), length, narrow.data(), bytes);
+    WriteU32(uint32_t(bytes) + 1);
+    Put(narrow.data(), narrow.size());
+}
+
+void Archive::SkipText()
+{
+    ReadText(nullptr);
+}
+
+// Reads one text into `text` (or only checks it when text is null).
+void Archive::ReadText(KelText* text)
+{
+    if (text)
+        *text = KelText();
+    const uint32_t count = ReadU32();
+    if (!ok || count == 0)
+        return;
+    if (IsAlternativeFormat())
+    {
+        ok = false;
+        return;
+    }
+    const bool narrow = (settings & NarrowTexts) != 0;
+    const size_t width = narrow ? 1 : 2;
+    if (count > (Limit() - position) / width || count - 1 > uint32_t(INT32_MAX - 1))
+    {
+        ok = false;
+        return;
+    }
+    const int32_t units = int32_t(count - 1);
+    const char* at = Take(size_t(count) * width);
+    if (!at)
+        return;
+    if (!narrow)
+    {
+        // Copied unit by unit: the bytes need not be aligned for char16_t.
+        char16_t last;
+        std::memcpy(&last, at + size_t(units) * 2, 2);
+        if (last != 0)
+        {
+            ok = false;
+            return;
+        }
+        KelText read;
+        if (units > 0)
+        {
+            if (!read.Reserve(units, false))
+            {
+                ok = false;
+                return;
+            }
+            std::memcpy(read.Buffer(), at, size_t(units) * 2);
+            read.Buffer()[units] = 0;
+            read.Sync();
+        }
+        if (read.Length() != units)
+            ok = false; // a 0 unit inside the text
+        else if (text)
+            *text = std::move(read);
+        return;
+    }
+    if (at[units] != 0 || std::memchr(at, 0, size_t(units)) != nullptr)
+    {
+        ok = false;
+        return;
+    }
+    if (!text || units == 0)
+        return;
+    const uint32_t codePage = NarrowCodePage(settings);
+    const int32_t needed = CodePage::ToWide(codePage, at, units, nullptr, 0);
+    if (needed <= 0)
+    {
+        ok = false;
+        return;
+    }
+    KelText read;
+    if (!read.Reserve(needed, false))
+    {
+        ok = false;
+        return;
+    }
+    CodePage::ToWide(codePage, at, units, read.Buffer(), needed);
+    read.Buffer()[needed] = 0;
+    read.Sync();
+    *text = std::move(read);
+}
+
+bool Archive::Count(uint32_t& count, size_t minimumBytes)
+{
+    Value(count);
+    if (IsReading() && ok && minimumBytes > 0 && count > (Limit() - position) / minimumBytes)
+        ok = false;
+    return ok;
+}
+
+// --- blocks and records -----------------------------------------------------------
+
+void Archive::CloseBlock(Frame& frame)
+{
+    if (!frame.blockOpen)
+        return;
+    if (IsWriting())
+        Patch(frame.blockSizeAt, data.size() - frame.blockSizeAt - 4);
+    else if (ok)
+        position = frame.blockEnd;
+    frame.blockOpen = false;
+}
+
+void Archive::Boundary()
+{
+    if (mode == Mode::Closed)
+    {
+        ok = false;
+        return;
+    }
+    Frame& frame = frames.back();
+    CloseBlock(frame);
+    if (IsWriting())
+    {
+        frame.blockSizeAt = data.size();
+        WriteU32(0);
+        frame.blockOpen = true;
+        return;
+    }
+    const uint32_t size = ReadU32();
+    if (!ok || size > frame.end - position)
+    {
+        ok = false;
+        return;
+    }
+    frame.blockEnd = position + size;
+    frame.blockOpen = true;
+}
+
+bool Archive::BeginRecord(uint32_t& classTag)
+{
+    if (int(frames.size()) > MaxDepth)
+        ok = false;
+    if (IsWriting())
+    {
+        WriteU32(classTag);
+        Frame frame;
+        frame.sizeAt = data.size();
+        WriteU32(0);
+        frames.push_back(frame);
+        return ok;
+    }
+    classTag = ReadU32();
+    const uint32_t size = ReadU32();
+    if (!ok || size > Limit() - position || (classTag == 0 && size != 0))
+        return ok = false;
+    Frame frame;
+    frame.end = position + size;
+    frames.push_back(frame);
+    return true;
+}
+
+void Archive::EndRecord()
+{
+    if (frames.size() < 2)
+    {
+        ok = false;
+        return;
+    }
+    Frame& frame = frames.back();
+    CloseBlock(frame);
+    if (IsWriting())
+        Patch(frame.sizeAt, data.size() - frame.sizeAt - 4);
+    else if (ok)
+        position = frame.end;
+    frames.pop_back();
+}
+
+Storable* Archive::ReadObject(StorableFactory factory)
+{
+    uint32_t tag = 0;
+    if (!IsReading() || !BeginRecord(tag))
+    {
+        ok = false;
+        return nullptr;
+    }
+    Storable* object = nullptr;
+    if (tag != 0)
+    {
+        object = factory ? factory(tag) : nullptr;
+        if (!object)
+            ok = false;
+        else
+            object->Serialise(*this);
+    }
+    EndRecord();
+    if (!ok)
+    {
+        delete object;
+        return nullptr;
+    }
+    return object;
+}
+
+bool Archive::ReadInto(Storable& object, bool& present)
+{
+    present = false;
+    uint32_t tag = 0;
+    if (!IsReading() || !BeginRecord(tag))
+        return ok = false;
+    if (tag != 0)
+    {
+        if (tag != object.ClassTag())
+            ok = false;
+        else
+            object.Serialise(*this);
+        present = true;
+    }
+    EndRecord();
+    return ok;
+}
+
+void Archive::WriteObject(Storable* object)
+{
+    if (!IsWriting())
+    {
+        ok = false;
+        return;
+    }
+    uint32_t tag = object ? object->ClassTag() : 0;
+    BeginRecord(tag);
+    if (object)
+        object->Serialise(*this);
+    EndRecord();
+}
+
+// --- result -------------------------------------------------------------------------
+
+const std::string& Archive::Finish()
+{
+    if (IsWriting() && !frames.empty())
+    {
+        while (frames.size() > 1)
+            EndRecord();
+        CloseBlock(frames.back());
+    }
+    return data;
+}
+
+bool Archive::SaveFile(const KelText& path)
+{
+    if (!IsWriting())
+        return false;
+    Finish();
+    if (!ok)
+        return false;
+    FileSystem& files = GetFileSystem();
+    std::string previous;
+    const bool hadFile = files.Exists(path) && files.ReadBytes(path, previous);
+    if (files.WriteBytes(path, data.data(), data.size()))
+        return true;
+    if (hadFile)
+        files.WriteBytes(path, previous.data(), previous.size());
+    return false;
+}
