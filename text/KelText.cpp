@@ -97,7 +97,17 @@ void KelText::SetUnits(const char16_t* text, int32_t count)
         length = 0;
         return;
     }
-    Reserve(count, false);
+    if (buffer && text >= buffer && text < buffer + capacity)
+    {
+        // A tail of our own text (s = s.CharAt(3)): it already fits, and the
+        // two ranges may overlap.
+        std::memmove(buffer, text, size_t(count) * sizeof(char16_t));
+        buffer[count] = 0;
+        length = count;
+        return;
+    }
+    if (!Reserve(count, false))
+        return;
     std::memcpy(buffer, text, size_t(count) * sizeof(char16_t));
     buffer[count] = 0;
     length = count;
@@ -121,8 +131,9 @@ KelText& KelText::operator=(const KelText& other)
         length = 0;
         return *this;
     }
+    if (!Reserve(other.length, false))
+        return *this;
     length = other.length;
-    Reserve(length, false);
     std::memcpy(buffer, other.buffer, size_t(length + 1) * sizeof(char16_t));
     return *this;
 }
@@ -153,6 +164,9 @@ bool KelText::Reserve(int32_t n, bool keep)
         capacity = 0;
         return true;
     }
+    // Beyond this the rounded size no longer fits the capacity field.
+    if (n > std::numeric_limits<int32_t>::max() - 16385)
+        return false;
     const int32_t wanted = RoundedCapacity(n);
     if (wanted <= capacity)
         return true;
@@ -217,7 +231,7 @@ char16_t KelText::At(int32_t index) const
 
 KelText& KelText::Append(const char16_t* text, int32_t count)
 {
-    if (!text || count <= 0)
+    if (!text || count <= 0 || count > std::numeric_limits<int32_t>::max() - length)
         return *this;
     // `text` may point into our own buffer, which Reserve can move.
     const bool inside = buffer && text >= buffer && text < buffer + capacity;
@@ -288,16 +302,18 @@ FormatArg::FormatArg(const KelText& text) : kind(Kind::WideText), asWide(text.c_
 
 KelText& KelText::FormatList(const char16_t* pattern, const FormatArg* args, int32_t count)
 {
+    TextHeap& heap = GetTextHeap();
+    auto* scratch =
+        pattern ? static_cast<char16_t*>(heap.Allocate(kFormatLimit * sizeof(char16_t))) : nullptr;
+    // Formatted before the old text is released: an argument may be this text.
+    if (scratch)
+        FormatInto(scratch, kFormatLimit, pattern, args, count);
     Reserve(0, false);
     length = 0;
-    if (!pattern)
-        return *this;
-    TextHeap& heap = GetTextHeap();
-    auto* scratch = static_cast<char16_t*>(heap.Allocate(kFormatLimit * sizeof(char16_t)));
     if (!scratch)
         return *this;
-    const int32_t written = FormatInto(scratch, kFormatLimit, pattern, args, count);
-    SetUnits(scratch, written);
+    // The result is taken up to its terminator: a %c of 0 ends the text there.
+    SetUnits(scratch, Measure(scratch));
     heap.Free(scratch);
     return *this;
 }
@@ -517,7 +533,7 @@ KelText& KelText::Mid(int32_t from, int32_t to)
 
 KelText& KelText::InsertChars(char16_t ch, int32_t pos, int32_t count)
 {
-    if (count <= 0)
+    if (count <= 0 || count > std::numeric_limits<int32_t>::max() - length)
         return *this;
     if (pos <= 0)
         pos += length + 1;

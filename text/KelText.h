@@ -55,8 +55,10 @@ public:
     KelText& Append(const char16_t* text, int32_t count);
 
     // --- formatting -------------------------------------------------------
-    // Empties the text, then formats with the Microsoft wide-printf meanings
-    // (see FormatInto). A null pattern leaves the text empty.
+    // Replaces the text with `pattern` formatted with the Microsoft wide-printf
+    // meanings (see FormatInto); an argument may be this text itself. The
+    // result ends at its first zero unit (a %c of 0). A null pattern leaves
+    // the text empty.
     template <typename... Args>
     KelText& Format(const char16_t* pattern, const Args&... args)
     {

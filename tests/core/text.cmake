@@ -1,4 +1,10 @@
 # Strings, code pages and formatting: the same expectations natively and under Wine.
 kel_add_test(core_text
-    SOURCES ${CMAKE_CURRENT_LIST_DIR}/text/SmokeTest.cpp
+    SOURCES ${CMAKE_CURRENT_LIST_DIR}/text/KelTextTest.cpp
+            ${CMAKE_CURRENT_LIST_DIR}/text/EncodingTest.cpp
+            ${CMAKE_CURRENT_LIST_DIR}/text/FormatTest.cpp
     LIBS keltext)
+if(WIN32)
+    # The formatter against the Windows C runtime, where their meanings agree.
+    target_sources(core_text PRIVATE ${CMAKE_CURRENT_LIST_DIR}/text/FormatCrtTest.cpp)
+endif()
