@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Installs what building, running and testing EditKel needs on Debian 12:
+# the MinGW-w64 cross compilers, Wine, a virtual display, CMake, GoogleTest,
+# Google Benchmark, inih (the benchmark's reference parser) and clang for the
+# fuzzers. Packages already present are left alone.
+set -euo pipefail
+
+packages=(
+    cmake make g++ pkg-config
+    g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 mingw-w64-x86-64-dev
+    wine wine64
+    xvfb xauth x11-utils imagemagick
+    googletest libbenchmark-dev libinih-dev
+    clang-14 libclang-rt-14-dev
+)
+
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+    echo "setup: all packages present"
+    exit 0
+fi
+
+echo "setup: installing ${missing[*]}"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+echo "setup: done"

@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Sets everything up and runs every test of EditKel:
+#   1. installs the packages (tools/setup.sh),
+#   2. builds the Windows cross build and runs its tests under Wine
+#      (core tests, in-process Windows tests, end-to-end scenarios),
+#   3. builds the portable layers natively and runs their tests under
+#      AddressSanitizer and UndefinedBehaviorSanitizer,
+#   4. builds the fuzz targets with clang and runs each one briefly,
+#   5. builds the benchmarks (run them with tools/run-benchmarks.sh).
+# Exits non-zero on the first failure.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+start=$(date +%s)
+
+fuzz_seconds=${KEL_FUZZ_SECONDS:-30}
+jobs=${KEL_JOBS:-$(nproc)}
+
+step() { printf '\n=== %s (%ss)\n' "$*" "$(( $(date +%s) - start ))"; }
+
+step "setup"
+bash tools/setup.sh
+
+step "Windows build (MinGW-w64)"
+cmake --preset windows >/dev/null
+cmake --build --preset windows -j "$jobs"
+
+step "Windows tests under Wine"
+ctest --preset windows -j "$jobs"
+
+step "native build (ASan + UBSan)"
+cmake --preset native >/dev/null
+cmake --build --preset native -j "$jobs"
+
+step "native tests (ASan + UBSan)"
+ctest --preset native -j "$jobs"
+
+step "fuzz targets (clang-14, libFuzzer)"
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz -j "$jobs"
+bash tools/run-fuzzers.sh build/fuzz "$fuzz_seconds"
+
+step "benchmarks build"
+cmake --preset bench >/dev/null
+cmake --build --preset bench -j "$jobs"
+
+step "all tests passed"
