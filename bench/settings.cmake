@@ -1,0 +1,6 @@
+# Settings files: ReadAll and WriteAll beside inih's parse and a raw read.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(INIH REQUIRED IMPORTED_TARGET inih)
+add_executable(bench_settings ${CMAKE_CURRENT_LIST_DIR}/settings/SettingsBench.cpp)
+target_link_libraries(bench_settings PRIVATE kelsettings benchmark::benchmark PkgConfig::INIH)
+kel_strict(bench_settings)

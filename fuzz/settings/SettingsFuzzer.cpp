@@ -1,0 +1,197 @@
+// fuzz_settings: a settings file of arbitrary bytes, read into every kind of
+// entry, written back (sometimes with a write that fails half-way) and read
+// again, all through files held in memory. Checks that nothing crashes, that
+// a written file is well-formed UTF-16 and reads back as the lines that were
+// saved, that a failed write leaves the previous bytes, and that the section
+// and key index agrees with a plain scan after the entries' edits.
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "settings/iniFile.h"
+#include "text/FileSystem.h"
+
+namespace
+{
+const char16_t* const kPath = u"fuzz.ini";
+
+class MemoryFiles : public FileSystem
+{
+public:
+    bool ReadBytes(const KelText& path, std::string& bytes) override
+    {
+        const auto found = files.find(std::u16string(path.View()));
+        bytes = found == files.end() ? std::string() : found->second;
+        return found != files.end();
+    }
+    bool WriteBytes(const KelText& path, const void* data, size_t size) override
+    {
+        std::string& file = files[std::u16string(path.View())];
+        file.assign(static_cast<const char*>(data), failNextWrite ? size / 2 : size);
+        const bool ok = !failNextWrite;
+        failNextWrite = false;
+        return ok;
+    }
+    bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
+
+    std::map<std::u16string, std::string> files;
+    bool failNextWrite = false;
+};
+
+#define Check(condition) CheckThat(condition, #condition)
+
+void CheckThat(bool condition, const char* what)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "check failed: %s\n", what);
+    std::abort();
+}
+
+// The searches of iniLines, done as a plain scan with its own folding.
+bool SameFolded(std::u16string_view a, std::u16string_view b)
+{
+    auto fold = [](char16_t ch) { return (ch >= u'a' && ch <= u'z') ? char16_t(ch - 32) : ch; };
+    if (a.size() != b.size())
+        return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (fold(a[i]) != fold(b[i]))
+            return false;
+    return true;
+}
+
+int32_t ScanSection(const iniLines& lines, const KelText& name)
+{
+    const KelText header = u"[" + name + u"]";
+    for (int32_t i = 0; i < lines.Count(); ++i)
+        if (SameFolded(lines[i].View(), header.View()))
+            return i;
+    return -1;
+}
+
+int32_t ScanKey(const iniLines& lines, int32_t header, const KelText& key)
+{
+    for (int32_t i = header + 1; i < lines.Count() && lines[i].At(0) != u'['; ++i)
+    {
+        const std::u16string_view line = lines[i].View();
+        const size_t equals = line.find(u'=');
+        if (equals != line.npos && SameFolded(line.substr(0, equals), key.View()))
+            return i;
+    }
+    return -1;
+}
+
+// Whether bytes are what Save writes for lines (minus trailing empty ones).
+bool WrittenAs(const std::string& bytes, const iniLines& lines)
+{
+    if (bytes.size() < 2 || bytes.compare(0, 2, "\xFF\xFE") != 0 || bytes.size() % 2)
+        return false;
+    std::u16string expected;
+    int32_t count = lines.Count();
+    while (count > 0 && lines[count - 1].IsEmpty())
+        --count;
+    for (int32_t i = 0; i < count; ++i)
+        (expected += lines[i].View()) += u"\r\n";
+    return bytes.size() - 2 == expected.size() * 2 &&
+           std::memcmp(bytes.data() + 2, expected.data(), bytes.size() - 2) == 0;
+}
+} // namespace
+
+// The index must agree with a plain scan for every name as a section and as a key.
+void CheckIndex(const iniLines& lines, const KelText (&names)[6])
+{
+    for (const KelText& name : names)
+    {
+        const int32_t header = ScanSection(lines, name);
+        Check(lines.FindSection(name) == header);
+        if (header >= 0)
+            for (const KelText& key : names)
+                Check(lines.FindKey(header, key) == ScanKey(lines, header, key));
+    }
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    static MemoryFiles files;
+    static const bool installed = (SetFileSystem(&files), true);
+    (void)installed;
+    files.files.clear();
+
+    // A flags byte, six names, the choice of names for each entry, then the file.
+    FuzzedDataProvider input(data, size);
+    const uint8_t flags = input.ConsumeIntegral<uint8_t>();
+    KelText names[6];
+    for (KelText& name : names)
+        name = KelText::FromUtf8(input.ConsumeRandomLengthString(10));
+    size_t choices[24];
+    for (size_t& choice : choices)
+        choice = input.ConsumeIntegralInRange<size_t>(0, 5);
+    files.files[kPath] = input.ConsumeRemainingBytesAsString();
+    size_t next = 0;
+    auto pick = [&]() -> const KelText& { return names[choices[next++]]; };
+
+    static const char16_t* const noYes[] = {u"NO", u"YES"};
+    int32_t integer = 0, option = 0, empty = 0;
+    uint32_t unsignedInteger = 0, hex = 0, color = 0;
+    double real = 0;
+    KelText text;
+    TextPtrArray equNames, equValues, list;
+    TextLinkedList chain;
+    iniFile file(kPath);
+    file.Add(new iniString(pick(), pick(), &text, u"default"));
+    file.Add(new iniInteger(pick(), pick(), &integer, 7));
+    file.Add(new iniInteger(pick(), pick(), &unsignedInteger, -7));
+    file.Add(new iniHex(pick(), pick(), &hex, 0xFF));
+    file.Add(new iniReal(pick(), pick(), &real, nullptr));
+    file.Add(new iniColor(pick(), pick(), &color, 0x123456));
+    file.Add(new iniStrOpt(pick(), pick(), noYes, &option, 2, 1));
+    file.Add(new iniStrOpt(pick(), pick(), nullptr, &empty, 0, 0));
+    file.Add(new iniBlock(pick()));
+    file.Add(new iniEquBlock(pick(), &equNames, &equValues, u"name", u"value"));
+    file.Add(new iniStringArray(pick(), &chain));
+    file.Add(new iniStringList(pick(), &list));
+
+    const char16_t* sectionFilter = (flags & 1) ? names[0].c_str() : nullptr;
+    const char16_t* keyFilter = (flags & 2) ? names[1].c_str() : nullptr;
+    file.ReadAll(sectionFilter, keyFilter);
+
+    // The entries' edits on a loaded copy, the index checked after each one.
+    iniFile copy(kPath);
+    if (copy.Load())
+    {
+        CheckIndex(copy.lines, names);
+        for (int32_t i = file.entries.Count() - 1; i >= 0; --i)
+        {
+            file.entries[i]->Write(copy.lines);
+            CheckIndex(copy.lines, names);
+        }
+    }
+
+    // Write back; a failed write must leave the previous bytes.
+    const std::string before = files.files[kPath];
+    files.failNextWrite = (flags & 4) != 0;
+    file.WriteAll(sectionFilter, keyFilter, 1);
+    files.failNextWrite = false;
+    const std::string after = files.files[kPath];
+    if (flags & 4)
+        Check(after == before);
+
+    // Read the written file again: the lines that were saved come back.
+    iniFile reread(kPath);
+    if (!(flags & 4) && reread.Load())
+        Check(WrittenAs(after, reread.lines));
+
+    // The direct operations on the reloaded document.
+    TextPtrArray out;
+    reread.List(nullptr, nullptr, &out);
+    reread.List(names[0].c_str(), nullptr, &out);
+    reread.List(names[0].c_str(), names[1].c_str(), &out);
+    reread.SetValue(names[2].c_str(), names[3].c_str(), names[4].c_str());
+    CheckIndex(reread.lines, names);
+    reread.Save();
+    return 0;
+}

@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "settings/iniFile.h"
+#include "tests/core/settings/SettingsTestSupport.h"
+#include "text/EncodedText.h"
+
+// Randomised checks with fixed start values: every run sees the same cases.
+
+namespace
+{
+std::u16string Folded(std::u16string text)
+{
+    for (char16_t& ch : text)
+        ch = KelText::Fold(ch);
+    return text;
+}
+
+// The searches as a plain scan from the top does them.
+int32_t ScanSection(const Lines& lines, const std::u16string& name)
+{
+    const auto found = std::find_if(lines.begin(), lines.end(),
+                                    [&](const std::u16string& line)
+                                    { return Folded(line) == Folded(u"[" + name + u"]"); });
+    return found == lines.end() ? -1 : int32_t(found - lines.begin());
+}
+
+int32_t ScanEnd(const Lines& lines, int32_t header)
+{
+    size_t i = size_t(header + 1);
+    while (i < lines.size() && !lines[i].starts_with(u'['))
+        ++i;
+    return int32_t(i);
+}
+
+int32_t ScanKey(const Lines& lines, int32_t header, const std::u16string& key)
+{
+    for (int32_t i = header + 1; i < ScanEnd(lines, header); ++i)
+    {
+        const size_t equals = lines[size_t(i)].find(u'=');
+        if (equals != lines[size_t(i)].npos &&
+            Folded(lines[size_t(i)].substr(0, equals)) == Folded(key))
+            return i;
+    }
+    return -1;
+}
+
+template <size_t N>
+const std::u16string& Pick(std::mt19937& random, const std::u16string (&pool)[N])
+{
+    return pool[random() % N];
+}
+} // namespace
+
+TEST(iniLinesIndex, AgreesWithAPlainScanAfterEveryEdit)
+{
+    std::mt19937 random(7);
+    const std::u16string pool[] = {u"[A]", u"[a]", u"[B]", u"[C]", u"[", u"[A]x", u"k=1",  u"K=2",
+                                   u"k",   u"=v",  u"j=3", u"",    u"x", u"[B",   u"K =4", u"é=8"};
+    const std::u16string names[] = {u"A", u"b", u"C", u"D"};
+    const std::u16string keys[] = {u"k", u"K ", u"J", u"", u"x", u"é"};
+    iniLines lines;
+    Lines model;
+    for (int step = 0; step < 4000; ++step)
+    {
+        const int32_t count = int32_t(model.size());
+        const std::u16string& text = Pick(random, pool);
+        const unsigned action = random() % 10;
+        if (action < 5) // often directly after a header, as entries insert their keys
+        {
+            int32_t pos = int32_t(random() % uint32_t(count + 3)) - 1;
+            if (action < 2)
+                pos = ScanSection(model, Pick(random, names)) + 1;
+            lines.Insert(pos, text.c_str());
+            model.insert(model.begin() + std::clamp(pos, 0, count), text);
+        }
+        else if (action < 8 && count)
+        {
+            const int32_t pos = int32_t(random() % uint32_t(count));
+            lines.Replace(pos, text.c_str());
+            model[size_t(pos)] = text;
+        }
+        else if (action < 9 && count)
+        {
+            const int32_t pos = int32_t(random() % uint32_t(count)), n = int32_t(random() % 4);
+            lines.Remove(pos, n);
+            model.erase(model.begin() + pos, model.begin() + std::min(pos + n, count));
+        }
+        else if (random() % 8 == 0)
+        {
+            lines.Clear();
+            model.clear();
+        }
+        ASSERT_EQ(lines.Count(), int32_t(model.size()));
+        for (const std::u16string& name : names)
+        {
+            const int32_t header = ScanSection(model, name);
+            ASSERT_EQ(lines.FindSection(name.c_str()), header) << "step " << step;
+            if (header >= 0)
+            {
+                ASSERT_EQ(lines.SectionEnd(header), ScanEnd(model, header)) << "step " << step;
+            }
+            // Any line may serve as the start of a key search.
+            const int32_t from =
+                header >= 0 || model.empty() ? header : int32_t(random() % model.size());
+            for (const std::u16string& key : keys)
+                if (from >= 0)
+                {
+                    ASSERT_EQ(lines.FindKey(from, key.c_str()), ScanKey(model, from, key))
+                        << "step " << step;
+                }
+        }
+    }
+}
+
+TEST(iniFileProperty, LinesNoEntryOwnsComeOutUnchanged)
+{
+    MemoryFiles files;
+    std::mt19937 random(20240611);
+    const std::u16string sections[] = {u"A", u"b", u"General", u"PROGRAM PATHS", u"New"};
+    const std::u16string keys[] = {u"K1", u"k2", u"Key", u"K"};
+    const std::u16string values[] = {u"1", u"  padded\t", u"a=b", u"", u"é€ü", u"中文", u"😀 x"};
+    // No "=" here: these may come before the first header, whose lines a new
+    // section inserted at the top takes into its body.
+    const std::u16string plain[] = {u"",   u"   ", u"\t",   u"# note", u"Key",
+                                    u"[A", u"[]",  u"[B]x", u"中文"};
+    const std::u16string keyish[] = {u";K1=comment", u"K1 = spaced", u"K10=prefix",
+                                     u"=empty",      u"😀=x",         u"a=b=c"};
+    auto randomCase = [&random](std::u16string text)
+    {
+        for (char16_t& ch : text)
+            if (random() % 2 && ch >= u'A' && ch <= u'Z')
+                ch = char16_t(ch + 32);
+        return text;
+    };
+
+    for (int round = 0; round < 300; ++round)
+    {
+        Lines input;
+        KelText joined;
+        bool seenHeader = false;
+        for (int i = int(random() % 40); i > 0; --i)
+        {
+            const unsigned kind = random() % 10;
+            if (kind < 2)
+                input.push_back(u"[" + randomCase(Pick(random, sections)) + u"]");
+            else if (kind < 6 && seenHeader)
+                input.push_back(randomCase(Pick(random, keys)) + u"=" + Pick(random, values));
+            else
+                input.push_back(kind < 8 && seenHeader ? Pick(random, keyish)
+                                                       : Pick(random, plain));
+            seenHeader = seenHeader || kind < 2;
+            joined += (input.back() + u"\n").c_str();
+        }
+        // In a random encoding; ANSI only when every character has a byte there.
+        const EncodedText ansi(joined, EncodedText::Ansi);
+        const unsigned encoding = random() % 3;
+        if (encoding == 0 && ansi.ToText().SameAs(joined))
+            files.files[u"p.ini"] = std::string(ansi.Bytes(), size_t(ansi.Length()));
+        else if (encoding < 2)
+            files.files[u"p.ini"] = std::string("\xEF\xBB\xBF") + joined.ToUtf8();
+        else
+            files.files[u"p.ini"] = Utf16File(input);
+
+        struct Bound
+        {
+            std::u16string section, key;
+            KelText value;
+        };
+        std::vector<Bound> bound(1 + random() % 5);
+        iniFile file(u"p.ini");
+        for (Bound& b : bound)
+        {
+            b.section = randomCase(Pick(random, sections));
+            b.key = randomCase(Pick(random, keys));
+            file.Add(new iniString(b.section.c_str(), b.key.c_str(), &b.value, u"<d>"));
+        }
+        ASSERT_EQ(file.ReadAll(), 1);
+
+        // What a plain scan says each entry owns and reads, and which sections it lacks.
+        std::vector<bool> owned(input.size());
+        std::vector<size_t> newSections; // by the entry that makes each one
+        for (size_t e = 0; e < bound.size(); ++e)
+        {
+            const int32_t header = ScanSection(input, bound[e].section);
+            const int32_t key = header < 0 ? -1 : ScanKey(input, header, bound[e].key);
+            KelText expected(u"<d>");
+            if (key >= 0)
+            {
+                owned[size_t(key)] = true;
+                expected = input[size_t(key)].substr(input[size_t(key)].find(u'=') + 1).c_str();
+                expected.Trim();
+            }
+            EXPECT_EQ(bound[e].value.View(), expected.View()) << "round " << round;
+            if (header < 0) // written last to first: the last entry makes it, later ones go above
+            {
+                std::erase_if(newSections, [&](size_t other)
+                              { return Folded(bound[other].section) == Folded(bound[e].section); });
+                newSections.push_back(e);
+            }
+        }
+        for (size_t e = 0; e < bound.size(); ++e) // marked, so that their lines can be told apart
+            bound[e].value = (u"\u2603" + std::u16string(1, char16_t(u'0' + e))).c_str();
+        file.WriteAll();
+
+        Lines expected, output = LinesOf(files.files[u"p.ini"]);
+        for (size_t e : newSections)
+            expected.insert(expected.end(), {u"", u"[" + bound[e].section + u"]"});
+        for (size_t i = 0; i < input.size(); ++i)
+            if (!owned[i])
+                expected.push_back(input[i]);
+        std::erase_if(output,
+                      [](const std::u16string& line) { return line.find(u'\u2603') != line.npos; });
+        for (Lines* lines : {&expected, &output})
+            while (!lines->empty() && lines->back().empty())
+                lines->pop_back();
+        ASSERT_EQ(output, expected) << "round " << round;
+    }
+}
