@@ -49,6 +49,9 @@ public:
     // "HKEY_LOCAL_MACHINE\", "Software\Orvantix\", then "Brindlecove
     // <release>\" once a release is registered, then "<subKey>\" when given.
     KelText GetRegistryKeyPath(const KelText& subKey, bool currentUser) const;
+    // The same text for a given release (empty: none), before one is registered.
+    static KelText RegistryKeyPathFor(const KelText& release, const KelText& subKey,
+                                      bool currentUser);
     // The install folder of a product: the program folder when it holds the
     // executable (unless skipped), else the first existing folder of the
     // machine's "InstallPath", the user's "LastRun" and the user's
@@ -87,6 +90,11 @@ public:
     // modal window's owner is disabled meanwhile. Answers the wParam of the
     // last message.
     WPARAM RunMessageLoop(Window* modalWindow = nullptr);
+    // Lets the window on top of the modal stack (else the main frame) see a
+    // message before it is dispatched (Window::PreTranslateMessage: dialogs
+    // give the dialog manager its keyboard messages there). Answers true when
+    // the window handled it; the loop then skips the message.
+    bool PreTranslate(MSG& message);
     // Called by a closing modal window: takes it and every window above it off
     // the modal stack. Does nothing for a window that is not on it.
     void EndModal(Window* window);

@@ -77,6 +77,8 @@ WPARAM AppEntry::RunMessageLoop(Window* modalWindow)
         if (!KeepsIdleCount(message.message))
             idleCounter = 1;
 
+        if (PreTranslate(message))
+            continue;
         if (accelerators && mainFrame && mainFrame->Handle() &&
             TranslateAcceleratorW(mainFrame->Handle(), accelerators, &message))
             continue;
@@ -87,6 +89,12 @@ WPARAM AppEntry::RunMessageLoop(Window* modalWindow)
     if (disabledOwner)
         EnableWindow(disabledOwner, TRUE);
     return message.wParam;
+}
+
+bool AppEntry::PreTranslate(MSG& message)
+{
+    Window* target = modalStack.empty() ? mainFrame : modalStack.back();
+    return target && target->PreTranslateMessage(message);
 }
 
 void AppEntry::EndModal(Window* window)

@@ -29,6 +29,12 @@ KelText RelativeProductFolder(const KelText& release, const KelText& product)
 
 KelText AppEntry::GetRegistryKeyPath(const KelText& subKey, bool currentUser) const
 {
+    return RegistryKeyPathFor(release, subKey, currentUser);
+}
+
+KelText AppEntry::RegistryKeyPathFor(const KelText& release, const KelText& subKey,
+                                     bool currentUser)
+{
     KelText path(currentUser ? u"HKEY_CURRENT_USER\\" : u"HKEY_LOCAL_MACHINE\\");
     path += u"Software\\Orvantix\\";
     if (!release.IsEmpty())

@@ -1,0 +1,125 @@
+#include "framework/DialogFrame.h"
+
+#include "text/WideText.h"
+
+DialogFrame::DialogFrame(Window* owner, const TemplateName& name, const KelText& title)
+    : AppFrame(owner, title), templateName(name)
+{
+}
+
+DialogFrame::~DialogFrame()
+{
+    ReleaseApplicationLinks();
+    DetachAndDestroy();
+}
+
+bool DialogFrame::PreTranslateMessage(MSG& message)
+{
+    return Exists() && IsDialogMessageW(Handle(), &message);
+}
+
+RECT DialogFrame::DialogUnitsToPixels(const RECT& units) const
+{
+    RECT rect = units;
+    if (Handle())
+        MapDialogRect(Handle(), &rect);
+    return rect;
+}
+
+int32_t DialogFrame::DialogUnitsToPixelsX(int32_t units) const
+{
+    return DialogUnitsToPixels(RECT{0, 0, units, 0}).right;
+}
+
+int32_t DialogFrame::DialogUnitsToPixelsY(int32_t units) const
+{
+    return DialogUnitsToPixels(RECT{0, 0, 0, units}).bottom;
+}
+
+void DialogFrame::PrepareTemplate(DialogTemplate& dialogTemplate)
+{
+    DWORD style = (dialogTemplate.Style() | styleAdd) & ~styleRemove & ~WS_VISIBLE;
+    dialogTemplate.SetStyle(style);
+}
+
+bool DialogFrame::CreateHandle(HWND ownerWindow)
+{
+    DialogTemplate dialogTemplate;
+    if (!dialogTemplate.Load(templateName))
+        return false;
+    PrepareTemplate(dialogTemplate);
+    return CreateFrom(dialogTemplate, ownerWindow);
+}
+
+bool DialogFrame::CreateChild(HWND parent)
+{
+    DialogTemplate dialogTemplate;
+    if (!parent || !dialogTemplate.Load(templateName))
+        return false;
+    dialogTemplate.MakeChild();
+    return CreateFrom(dialogTemplate, parent);
+}
+
+bool DialogFrame::CreateFrom(DialogTemplate& dialogTemplate, HWND parent)
+{
+    HWND window = CreateDialogIndirectParamW(dialogTemplate.Module(), dialogTemplate.Data(), parent,
+                                             &Window::DialogProcedure,
+                                             reinterpret_cast<LPARAM>(static_cast<Window*>(this)));
+    if (!window)
+        return false;
+    // WM_INITDIALOG has run; a handler may already have closed the window.
+    return Exists();
+}
+
+BOOL DialogFrame::OnInitDialog()
+{
+    TranslateReferences(Handle());
+    if (!Title().IsEmpty())
+        SetText(Title());
+    InitPage();
+    return TRUE;
+}
+
+bool DialogFrame::OnCommand(int32_t id, int32_t, HWND)
+{
+    if (id == IDOK || id == IDCANCEL)
+    {
+        Close(id);
+        return true;
+    }
+    return false;
+}
+
+bool DialogFrame::OnNotify(NMHDR&, LRESULT&)
+{
+    return false;
+}
+
+INT_PTR DialogFrame::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message)
+    {
+    case WM_INITDIALOG:
+        return OnInitDialog();
+    case WM_SIZE:
+        if (wParam != SIZE_MINIMIZED)
+            OnSizeChanged(LOWORD(lParam), HIWORD(lParam));
+        return TRUE;
+    case WM_CLOSE:
+        // The close box and Alt+F4 are Cancel.
+        OnCommand(IDCANCEL, BN_CLICKED, nullptr);
+        return TRUE;
+    case WM_COMMAND:
+        return OnCommand(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam));
+    case WM_NOTIFY:
+    {
+        LRESULT result = 0;
+        if (!OnNotify(*reinterpret_cast<NMHDR*>(lParam), result))
+            return FALSE;
+        SetWindowLongPtrW(Handle(), DWLP_MSGRESULT, result);
+        return TRUE;
+    }
+    default:
+        return FALSE;
+    }
+}

@@ -1,0 +1,53 @@
+#pragma once
+#include <windows.h>
+
+#include <cstdint>
+
+#include "framework/AppFrame.h"
+#include "framework/DialogTemplate.h"
+
+// A dialog built from a template in the resources. Its window is created
+// modelessly and, when shown modally, runs through the application's message
+// loop (not DialogBox), so that the application keeps one modal stack.
+// Captions and control texts of the form "^N" are replaced by dictionary text
+// N when the window is created.
+class DialogFrame : public AppFrame
+{
+public:
+    DialogFrame(Window* owner, const TemplateName& templateName, const KelText& title = KelText());
+    ~DialogFrame() override;
+
+    const TemplateName& Template() const { return templateName; }
+
+    // Gives the dialog manager the keyboard messages of this dialog (Tab,
+    // arrows, Enter, Esc, mnemonics).
+    bool PreTranslateMessage(MSG& message) override;
+
+    // Converts dialog units of this dialog to pixels.
+    RECT DialogUnitsToPixels(const RECT& units) const;
+    int32_t DialogUnitsToPixelsX(int32_t units) const;
+    int32_t DialogUnitsToPixelsY(int32_t units) const;
+
+protected:
+    // Top-level (or owned) dialog from the template.
+    bool CreateHandle(HWND ownerWindow) override;
+    // A child dialog of `parent` from the template made into a child page.
+    bool CreateChild(HWND parent);
+    // Last changes to the template before the window is made from it.
+    virtual void PrepareTemplate(DialogTemplate& dialogTemplate);
+
+    INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    // After the window and its template controls exist: translates the
+    // references, sets the title, then runs InitPage. Answers what
+    // WM_INITDIALOG answers (TRUE: the system sets the focus).
+    virtual BOOL OnInitDialog();
+    // WM_COMMAND. Base: IDOK and IDCANCEL close the dialog with that code.
+    virtual bool OnCommand(int32_t id, int32_t code, HWND control);
+    // WM_NOTIFY; `result` goes back to the sender.
+    virtual bool OnNotify(NMHDR& header, LRESULT& result);
+
+private:
+    bool CreateFrom(DialogTemplate& dialogTemplate, HWND parent);
+
+    TemplateName templateName;
+};

@@ -1,0 +1,27 @@
+#pragma once
+#include <windows.h>
+
+#include "framework/Window.h"
+#include "text/KelText.h"
+
+class FormDialog;
+
+// The tool-tip control of a page: one per page, with one text per control.
+// The window is made on first use and goes with the page.
+class ToolTip : public Window
+{
+public:
+    explicit ToolTip(FormDialog& page) : page(page) {}
+
+    // Shows `text` when the mouse rests on `control`; replaces an earlier
+    // text of the same control. An empty text removes the tip.
+    bool SetToolText(const Window& control, const KelText& text);
+    KelText ToolText(const Window& control) const;
+    // The tool-tip window is gone with its page.
+    void Detach() { SetHandle(nullptr); }
+
+private:
+    bool Make();
+
+    FormDialog& page;
+};
