@@ -32,6 +32,15 @@ use_display() {
     fi
 }
 
+# Wine's own fonts (Marlett for the caption buttons, Tahoma and MS Sans Serif
+# for dialogs) are not found through fontconfig on Debian: copy them into the
+# prefix's Fonts folder, where Wine loads fonts from at start.
+add_fonts() {
+    local fonts="$WINEPREFIX/drive_c/windows/Fonts"
+    [ -d /usr/share/wine/fonts ] && [ -d "$fonts" ] || return 0
+    cp -n /usr/share/wine/fonts/*.ttf "$fonts/" 2>/dev/null || true
+}
+
 make_prefix() {
     exec 9>"$dir/prefix.lock"
     flock 9
@@ -43,6 +52,7 @@ make_prefix() {
         wineserver -w </dev/null >/dev/null 2>&1
         touch "$WINEPREFIX/.kel-ready"
     fi
+    add_fonts
     flock -u 9
 }
 
@@ -90,7 +100,7 @@ stop)
     ;;
 run)
     shift 2
-    [ -f "$WINEPREFIX/.kel-ready" ] || make_prefix
+    make_prefix
     use_display
     exec wine "$@"
     ;;

@@ -1,5 +1,7 @@
 #include "framework/DialogFrame.h"
 
+#include <utility>
+
 #include "text/WideText.h"
 
 DialogFrame::DialogFrame(Window* owner, const TemplateName& name, const KelText& title)
@@ -74,6 +76,18 @@ bool DialogFrame::CreateFrom(DialogTemplate& dialogTemplate, HWND parent)
 BOOL DialogFrame::OnInitDialog()
 {
     TranslateReferences(Handle());
+    // Top-level dialogs show the program's icon (resource 1) when it has one.
+    if (!(GetWindowLongPtrW(Handle(), GWL_STYLE) & WS_CHILD))
+    {
+        HINSTANCE program = GetModuleHandleW(nullptr);
+        for (auto [kind, metric] : {std::pair{ICON_SMALL, SM_CXSMICON}, std::pair{ICON_BIG, SM_CXICON}})
+        {
+            const int size = GetSystemMetrics(metric);
+            if (HANDLE icon = LoadImageW(program, MAKEINTRESOURCEW(1), IMAGE_ICON, size, size,
+                                         LR_SHARED))
+                SendMessageW(Handle(), WM_SETICON, WPARAM(kind), LPARAM(icon));
+        }
+    }
     if (!Title().IsEmpty())
         SetText(Title());
     InitPage();

@@ -19,6 +19,9 @@ const char Usage[] = "usage: uidriver <command> ...\n"
                      "  tabs <title> <id>             tabs of a tab control\n"
                      "  text <title> <id> [new text]  read or set a control's text\n"
                      "  press <title> <id>            press a button\n"
+                     "  select <title> <id> <row>     select one row of a list view (0-based)\n"
+                     "  tab <title> <id> <index>      switch a tab control to a tab (0-based)\n"
+                     "  wait <title> [seconds]        wait until such a window is visible\n"
                      "  screenshot <file.png> [title] save the screen or one window\n"
                      "<title> is the start of a visible window's title, in any process.\n";
 
@@ -87,6 +90,18 @@ int Run(int count, wchar_t** args)
     }
     else if (command == L"press" && count == 4)
         Press(ControlOf(args[2], args[3]));
+    else if (command == L"select" && count == 5)
+        SelectListRow(ControlOf(args[2], args[3]), static_cast<int>(std::wcstol(args[4], nullptr, 10)));
+    else if (command == L"tab" && count == 5)
+        ClickTab(ControlOf(args[2], args[3]), static_cast<int>(std::wcstol(args[4], nullptr, 10)));
+    else if (command == L"wait" && (count == 3 || count == 4))
+    {
+        const long seconds = count == 4 ? std::wcstol(args[3], nullptr, 10) : 10;
+        if (!WaitUntil([&] { return FindTopLevelWindow(0, args[2], TitleMatch::Prefix) != nullptr; },
+                       std::chrono::seconds(seconds)))
+            throw Error(L"no visible window titled '" + std::wstring(args[2]) + L"...' within " +
+                        std::to_wstring(seconds) + L" s");
+    }
     else if (command == L"screenshot" && (count == 3 || count == 4))
         SaveScreenshot(args[2], count == 4 ? Window(args[3]) : nullptr);
     else

@@ -1,0 +1,23 @@
+#include "app/KelConfigDialog.h"
+
+#include "framework/EditMsgManager.h"
+#include "text/TextHolder.h"
+
+KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const KelText& productName,
+                                 const KelText& settingsFileName)
+    : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")), product(productName)
+{
+    (void)settingsFileName; // used by the common options page
+    // Pages in tab order. The message switches close every product's list.
+    AddPage(new EditMsgManager(this));
+
+    SetStyleBits(WS_MINIMIZEBOX);
+    SetExtraButton(KelText(DictText(163)), 1);
+}
+
+KelConfigDialog::~KelConfigDialog() = default;
+
+int32_t KelConfigDialog::CanClose()
+{
+    return 1;
+}

@@ -1,0 +1,23 @@
+#pragma once
+#include "framework/StandardPropertyDialog.h"
+
+// The editor's dialog: one tab per page, chosen by the product. Pages load
+// their values when they are built and save them when the dialog is confirmed;
+// the dialog itself writes nothing.
+class KelConfigDialog : public StandardPropertyDialog
+{
+public:
+    // `title` is the formatted window title; `settingsFileName` "KEL.INI" or
+    // "QUORLIN.INI".
+    KelConfigDialog(Window* parent, const KelText& title, const KelText& product,
+                    const KelText& settingsFileName);
+    ~KelConfigDialog() override;
+
+    // The dialog adds no checks of its own to those of its pages.
+    int32_t CanClose() override;
+
+    const KelText& Product() const { return product; }
+
+private:
+    KelText product;
+};

@@ -1,0 +1,154 @@
+#include "app/ProgramMain.h"
+
+#include <windows.h>
+
+#include "app/KelConfigDialog.h"
+#include "app/LocateConfiguration.h"
+#include "app/ProductTable.h"
+#include "app/SettingsContext.h"
+#include "framework/AppEntry.h"
+#include "framework/RegistryKey.h"
+#include "framework/SystemLibrary.h"
+#include "text/EncodedText.h"
+#include "text/TextHolder.h"
+
+const char16_t kApplicationName[] = u"EditKel";
+const char16_t kRelease[] = u"2023";
+const char kVersionText[] = "23.0.1.1019 2023";
+
+namespace
+{
+struct SwitchRow
+{
+    uint32_t code;
+    int32_t textNumber;
+    const char16_t* name;
+};
+
+const SwitchRow editorSwitches[] = {
+    {5, 6014, u"BadCostTables"},
+    {4, 6015, u"BadSpec"},
+    {2, 9650, u"ProjectInfoDifferent"},
+    {3, 9651, u"ItemInvalidForJob"},
+    {7, 9652, u"SwitchProfiles"},
+    {8, 9653, u"ConvertModels"},
+    {9, 9654, u"Fill2Ends"},
+    {10, 9655, u"ConnectorLocks"},
+};
+
+// The value of a command-line switch such as "-app=": the text after it up to
+// the next blank, or the quoted text when it starts with a quote.
+KelText SwitchValue(const KelText& commandLine, const char16_t* name)
+{
+    const int32_t at = commandLine.Find(name, 1, true);
+    if (at == 0)
+        return KelText();
+    int32_t start = at + KelText::Measure(name);
+    int32_t end = start;
+    if (commandLine.At(start - 1) == u'"')
+    {
+        ++start;
+        end = start;
+        while (end <= commandLine.Length() && commandLine.At(end - 1) != u'"')
+            ++end;
+    }
+    else
+        while (end <= commandLine.Length() && commandLine.At(end - 1) != u' ' &&
+               commandLine.At(end - 1) != u'\t')
+            ++end;
+    return commandLine.Sub(start, end - start);
+}
+} // namespace
+
+KelText ProductFromCommandLine(const KelText& commandLine)
+{
+    return CanonicalProductName(SwitchValue(commandLine, u"-app="));
+}
+
+KelText StartupLanguage(const KelText& commandLine, const KelText& product)
+{
+    KelText language = TextHolder::LanguageFromCommandLine(commandLine);
+    if (language.IsEmpty() && !product.IsEmpty())
+    {
+        RegistryKey key(AppEntry::RegistryKeyPathFor(KelText(kRelease), product, true));
+        if (key.IsOpen())
+            key.ReadString(u"Language", language);
+    }
+    if (language.IsEmpty())
+        language = u"English";
+    return language;
+}
+
+void RegisterEditorSwitches(AppEntry& app)
+{
+    for (const SwitchRow& row : editorSwitches)
+        app.MessageSwitches().Register(row.code, KelText(DictText(row.textNumber)),
+                                       KelText(row.name));
+}
+
+void RegisterApplication(AppEntry& app, KelText& product, const char16_t* applicationName,
+                         const char16_t* release)
+{
+    app.SetApplicationName(KelText(applicationName));
+    (void)release; // the release is settled by RegisterRelease once the product is known
+    product = ProductFromCommandLine(app.CommandLine());
+    app.SetProductName(product);
+}
+
+KelText EditorTitle(const KelText& product)
+{
+    const EncodedText version(kVersionText, -1, EncodedText::Ansi);
+    return KelText::Formatted(u"%s Config Editor - %s", product, version.ToText());
+}
+
+int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
+{
+    (void)showCommand;
+    if (!app)
+        return 0;
+    KelText command(commandLine);
+    command.Trim();
+
+    TextHolder::Instance().Load(KelText(u"diction.ary"),
+                                StartupLanguage(command, ProductFromCommandLine(command)), true);
+    RegisterEditorSwitches(*app);
+
+    KelText product;
+    RegisterApplication(*app, product, kApplicationName, kRelease);
+    if (product.IsEmpty())
+        return 0;
+
+    const KelText fileName = SettingsFileNameFor(product);
+    const int32_t* descriptor = FindProductDescriptor(product);
+    app->RegisterRelease(product, KelText(kRelease), true);
+
+    if (!LocateConfiguration(SettingsContext::Instance(), fileName, descriptor, nullptr, product, 1,
+                             0, nullptr))
+        return 0;
+
+    KelConfigDialog* dialog = new KelConfigDialog(nullptr, EditorTitle(product), product, fileName);
+    if (!app->MainFrame())
+        app->SetMainFrame(dialog);
+    dialog->Show(1);
+    if (app->MainFrame() == dialog)
+        app->SetMainFrame(nullptr);
+    delete dialog;
+    return 0;
+}
+
+void ToggleExceptionPolicy()
+{
+    using GetPolicy = BOOL(WINAPI*)(LPDWORD);
+    using SetPolicy = BOOL(WINAPI*)(DWORD);
+    HMODULE kernel = LoadSystemLibrary(L"kernel32.dll");
+    if (!kernel)
+        return;
+    auto get = reinterpret_cast<GetPolicy>(
+        reinterpret_cast<void*>(GetProcAddress(kernel, "GetProcessUserModeExceptionPolicy")));
+    auto set = reinterpret_cast<SetPolicy>(
+        reinterpret_cast<void*>(GetProcAddress(kernel, "SetProcessUserModeExceptionPolicy")));
+    DWORD flags = 0;
+    if (get && set && get(&flags))
+        set(flags ^ 1);
+    FreeLibrary(kernel);
+}

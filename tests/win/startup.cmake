@@ -1,0 +1,7 @@
+# Start-up in-process under Wine: product table, the program-paths store,
+# locating the configuration (with scripted keys and picker answers).
+kel_add_test(win_startup
+    SOURCES ${CMAKE_CURRENT_LIST_DIR}/startup/StoreTest.cpp
+            ${CMAKE_CURRENT_LIST_DIR}/startup/LocateTest.cpp
+    LIBS kelwinsupport kelapp
+    TIMEOUT 120)
