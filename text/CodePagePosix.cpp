@@ -75,29 +75,30 @@ uint32_t DecodeUtf8(unsigned char lead, const unsigned char*& at, const unsigned
     return invalidSequence;
 }
 
-// Writes `count` units to target (when there is room); answers false when full.
-bool Put(char16_t* target, int32_t targetSize, int32_t& written, const char16_t* units, int count)
+// Stores `count` units at target[written] when the caller wants them (targetSize
+// non-zero) and they fit; answers false when the target is full.
+template <typename Unit>
+bool Put(Unit* target, int32_t targetSize, int32_t& written, const Unit* units, int count)
 {
     if (targetSize)
     {
         if (written + count > targetSize)
             return false;
-        std::memcpy(target + written, units, size_t(count) * sizeof(char16_t));
+        for (int i = 0; i < count; ++i)
+            target[written + i] = units[i];
     }
     written += count;
     return true;
 }
 
-bool PutBytes(char* target, int32_t targetSize, int32_t& written, const char* bytes, int count)
+// The length of the run of ASCII units from `at` on (they convert one to one).
+template <typename Unit>
+int32_t AsciiRun(const Unit* at, const Unit* end)
 {
-    if (targetSize)
-    {
-        if (written + count > targetSize)
-            return false;
-        std::memcpy(target + written, bytes, size_t(count));
-    }
-    written += count;
-    return true;
+    const Unit* run = at;
+    while (run < end && static_cast<uint32_t>(*run) < 0x80)
+        ++run;
+    return int32_t(run - at);
 }
 
 char ToCp1252(char16_t ch)
@@ -127,6 +128,19 @@ int32_t ToWide(uint32_t codePage, const char* source, int32_t sourceLength, char
     int32_t written = 0;
     while (at < end)
     {
+        if (const int32_t run = AsciiRun(at, end))
+        {
+            if (targetSize)
+            {
+                if (written + run > targetSize)
+                    return 0;
+                for (int32_t i = 0; i < run; ++i)
+                    target[written + i] = at[i];
+            }
+            written += run;
+            at += run;
+            continue;
+        }
         const unsigned char byte = *at++;
         char16_t units[2];
         int count = 1;
@@ -171,6 +185,19 @@ int32_t FromWide(uint32_t codePage, const char16_t* source, int32_t sourceLength
     int32_t written = 0;
     for (int32_t i = 0; i < sourceLength; ++i)
     {
+        if (const int32_t run = AsciiRun(source + i, source + sourceLength))
+        {
+            if (targetSize)
+            {
+                if (written + run > targetSize)
+                    return 0;
+                for (int32_t k = 0; k < run; ++k)
+                    target[written + k] = char(source[i + k]);
+            }
+            written += run;
+            i += run - 1;
+            continue;
+        }
         uint32_t value = source[i];
         char bytes[4];
         int count = 1;
@@ -210,7 +237,7 @@ int32_t FromWide(uint32_t codePage, const char16_t* source, int32_t sourceLength
                 count = 4;
             }
         }
-        if (!PutBytes(target, targetSize, written, bytes, count))
+        if (!Put(target, targetSize, written, bytes, count))
             return 0;
     }
     return written;

@@ -357,7 +357,9 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
         for (uint32_t number : all)
             if (!source.texts.count(number))
             {
-                missing += " " + std::to_string(number);
+                // Appended in two steps: GCC 12 warns falsely about " " + std::string.
+                missing += ' ';
+                missing += std::to_string(number);
                 ++missingCount;
             }
         if (missingCount)
