@@ -80,11 +80,12 @@ BOOL DialogFrame::OnInitDialog()
     if (!(GetWindowLongPtrW(Handle(), GWL_STYLE) & WS_CHILD))
     {
         HINSTANCE program = GetModuleHandleW(nullptr);
-        for (auto [kind, metric] : {std::pair{ICON_SMALL, SM_CXSMICON}, std::pair{ICON_BIG, SM_CXICON}})
+        for (auto [kind, metric] :
+             {std::pair{ICON_SMALL, SM_CXSMICON}, std::pair{ICON_BIG, SM_CXICON}})
         {
             const int size = GetSystemMetrics(metric);
-            if (HANDLE icon = LoadImageW(program, MAKEINTRESOURCEW(1), IMAGE_ICON, size, size,
-                                         LR_SHARED))
+            if (HANDLE icon =
+                    LoadImageW(program, MAKEINTRESOURCEW(1), IMAGE_ICON, size, size, LR_SHARED))
                 SendMessageW(Handle(), WM_SETICON, WPARAM(kind), LPARAM(icon));
         }
     }

@@ -12,9 +12,7 @@ bool AppServices::ResolveProgramFile(const KelText&, KelText&)
     return false;
 }
 
-void AppServices::SetDictionaryNotice(const KelText&)
-{
-}
+void AppServices::SetDictionaryNotice(const KelText&) {}
 
 AppServices* GetAppServices()
 {

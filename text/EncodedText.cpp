@@ -163,7 +163,8 @@ bool EncodedText::Set(const void* source, int32_t sourceLength, uint32_t fromEnc
     if (toEncoding == Utf16)
     {
         const char* narrow = static_cast<const char*>(source);
-        const int32_t size = CodePage::ToWide(CodePageOf(fromEncoding), narrow, sourceLength, nullptr, 0);
+        const int32_t size =
+            CodePage::ToWide(CodePageOf(fromEncoding), narrow, sourceLength, nullptr, 0);
         if (size < 1 || !Reserve(size))
             return false;
         length = CodePage::ToWide(CodePageOf(fromEncoding), narrow, sourceLength,
@@ -174,7 +175,8 @@ bool EncodedText::Set(const void* source, int32_t sourceLength, uint32_t fromEnc
     if (fromEncoding == Utf16)
     {
         const auto* wide = static_cast<const char16_t*>(source);
-        const int32_t size = CodePage::FromWide(CodePageOf(toEncoding), wide, sourceLength, nullptr, 0);
+        const int32_t size =
+            CodePage::FromWide(CodePageOf(toEncoding), wide, sourceLength, nullptr, 0);
         if (size < 1 || !Reserve(size))
             return false;
         length = CodePage::FromWide(CodePageOf(toEncoding), wide, sourceLength, storage, size);

@@ -21,8 +21,7 @@ public:
     EncodedText(const KelText& text, uint32_t encoding = Utf16);
     EncodedText(const char16_t* text, uint32_t encoding = Utf16);
     // Narrow text in `fromEncoding` (Ansi or Utf8); length -1 measures up to the terminator.
-    EncodedText(const char* text, int32_t length, uint32_t fromEncoding,
-                uint32_t encoding = Utf16);
+    EncodedText(const char* text, int32_t length, uint32_t fromEncoding, uint32_t encoding = Utf16);
     EncodedText(const EncodedText& other);
     EncodedText(EncodedText&& other) noexcept;
     EncodedText& operator=(const EncodedText& other);

@@ -40,8 +40,9 @@ public:
             return false;
         bytes.resize(size_t(size.QuadPart));
         DWORD got = 0;
-        if (!bytes.empty() && (!ReadFile(file.Get(), bytes.data(), DWORD(bytes.size()), &got, nullptr) ||
-                               got != bytes.size()))
+        if (!bytes.empty() &&
+            (!ReadFile(file.Get(), bytes.data(), DWORD(bytes.size()), &got, nullptr) ||
+             got != bytes.size()))
         {
             bytes.clear();
             return false;
@@ -60,7 +61,8 @@ public:
         if (!file.Valid())
             return false;
         DWORD written = 0;
-        if (size && (!WriteFile(file.Get(), data, DWORD(size), &written, nullptr) || written != size))
+        if (size &&
+            (!WriteFile(file.Get(), data, DWORD(size), &written, nullptr) || written != size))
             return false;
         return SetEndOfFile(file.Get()) != FALSE;
     }

@@ -296,9 +296,7 @@ KelText operator+(const char16_t* left, const KelText& right)
 // ---------------------------------------------------------------------------
 // formatting
 
-FormatArg::FormatArg(const KelText& text) : kind(Kind::WideText), asWide(text.c_str())
-{
-}
+FormatArg::FormatArg(const KelText& text) : kind(Kind::WideText), asWide(text.c_str()) {}
 
 KelText& KelText::FormatList(const char16_t* pattern, const FormatArg* args, int32_t count)
 {
@@ -407,7 +405,8 @@ KelText& KelText::Pad(int32_t width, uint32_t mode, int32_t maxLen, char16_t ch)
         return *this;
     switch (mode)
     {
-    case 0: {
+    case 0:
+    {
         const int32_t left = missing / 2;
         InsertChars(ch, 1, left);
         InsertChars(ch, 0, missing - left);
@@ -450,7 +449,8 @@ KelText& KelText::Capitalise(bool breakOnPunctuation)
         if (letter || IsDigit(ch) || ch == u'-')
         {
             if (IsAsciiLetter(ch))
-                buffer[i] = wordStart ? Fold(ch) : char16_t((ch >= u'A' && ch <= u'Z') ? ch + 32 : ch);
+                buffer[i] =
+                    wordStart ? Fold(ch) : char16_t((ch >= u'A' && ch <= u'Z') ? ch + 32 : ch);
             wordStart = false;
         }
         else if (ch == u'.' || breakOnPunctuation)
@@ -510,7 +510,8 @@ int32_t KelText::Find(char16_t ch, int32_t start) const
 
 KelText& KelText::Mid(int32_t from, int32_t to)
 {
-    auto normal = [this](int32_t value) {
+    auto normal = [this](int32_t value)
+    {
         if (value < 1)
             value += length;
         return value < 1 ? 1 : value;

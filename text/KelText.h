@@ -88,7 +88,10 @@ public:
     // empty prefix always matches.
     bool StartsWith(const char16_t* prefix) const;
     // Folds one unit: 'a'..'z' become 'A'..'Z', everything else stays.
-    static char16_t Fold(char16_t ch) { return (ch >= u'a' && ch <= u'z') ? char16_t(ch - 32) : ch; }
+    static char16_t Fold(char16_t ch)
+    {
+        return (ch >= u'a' && ch <= u'z') ? char16_t(ch - 32) : ch;
+    }
 
     // --- editing in place -------------------------------------------------
     // side 1: end only; -1: beginning only; otherwise both. ch 0 trims blanks

@@ -76,7 +76,8 @@ bool TextArray::Compact(int32_t extra)
             live += KelText::Measure(pool + offsets[i]) + 1;
     int32_t capacity = live + extra;
     capacity += capacity / 2 + 64;
-    auto* fresh = static_cast<char16_t*>(GetTextHeap().Allocate(size_t(capacity) * sizeof(char16_t)));
+    auto* fresh =
+        static_cast<char16_t*>(GetTextHeap().Allocate(size_t(capacity) * sizeof(char16_t)));
     if (!fresh)
         return false;
     int32_t used = 0;

@@ -28,8 +28,7 @@ public:
     FormatArg() : kind(Kind::Missing), asUnsigned(0) {}
 
     template <typename T>
-        requires std::is_integral_v<T>
-    FormatArg(T value)
+    requires std::is_integral_v<T> FormatArg(T value)
     {
         if constexpr (std::is_same_v<T, bool>)
         {
@@ -49,21 +48,22 @@ public:
     }
 
     template <typename T>
-        requires std::is_enum_v<T>
-    FormatArg(T value) : FormatArg(static_cast<std::underlying_type_t<T>>(value))
+    requires std::is_enum_v<T> FormatArg(T value)
+        : FormatArg(static_cast<std::underlying_type_t<T>>(value))
     {
     }
 
     template <typename T>
-        requires std::is_floating_point_v<T>
-    FormatArg(T value) : kind(Kind::Real), asReal(static_cast<double>(value))
+    requires std::is_floating_point_v<T> FormatArg(T value)
+        : kind(Kind::Real), asReal(static_cast<double>(value))
     {
     }
 
     FormatArg(const char16_t* text) : kind(Kind::WideText), asWide(text) {}
     FormatArg(const char* text) : kind(Kind::NarrowText), asNarrow(text) {}
 #ifdef _WIN32
-    FormatArg(const wchar_t* text) : kind(Kind::WideText), asWide(reinterpret_cast<const char16_t*>(text))
+    FormatArg(const wchar_t* text)
+        : kind(Kind::WideText), asWide(reinterpret_cast<const char16_t*>(text))
     {
     }
 #endif
@@ -72,7 +72,8 @@ public:
     FormatArg(std::nullptr_t) : kind(Kind::Pointer), asPointer(nullptr) {}
 
     Kind kind;
-    union {
+    union
+    {
         int64_t asSigned;
         uint64_t asUnsigned;
         double asReal;

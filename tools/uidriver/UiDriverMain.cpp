@@ -91,13 +91,15 @@ int Run(int count, wchar_t** args)
     else if (command == L"press" && count == 4)
         Press(ControlOf(args[2], args[3]));
     else if (command == L"select" && count == 5)
-        SelectListRow(ControlOf(args[2], args[3]), static_cast<int>(std::wcstol(args[4], nullptr, 10)));
+        SelectListRow(ControlOf(args[2], args[3]),
+                      static_cast<int>(std::wcstol(args[4], nullptr, 10)));
     else if (command == L"tab" && count == 5)
         ClickTab(ControlOf(args[2], args[3]), static_cast<int>(std::wcstol(args[4], nullptr, 10)));
     else if (command == L"wait" && (count == 3 || count == 4))
     {
         const long seconds = count == 4 ? std::wcstol(args[3], nullptr, 10) : 10;
-        if (!WaitUntil([&] { return FindTopLevelWindow(0, args[2], TitleMatch::Prefix) != nullptr; },
+        if (!WaitUntil([&]
+                       { return FindTopLevelWindow(0, args[2], TitleMatch::Prefix) != nullptr; },
                        std::chrono::seconds(seconds)))
             throw Error(L"no visible window titled '" + std::wstring(args[2]) + L"...' within " +
                         std::to_wstring(seconds) + L" s");
