@@ -202,6 +202,43 @@ INT_PTR Window::DialogProc(UINT, WPARAM, LPARAM)
     return FALSE;
 }
 
+namespace
+{
+// Runs a handler so that no C++ exception reaches user32: a failure is
+// reported and the message gets `fallback`'s answer instead.
+template <typename Result, typename Handler, typename Fallback>
+Result Guarded(Handler handler, Fallback fallback)
+{
+    try
+    {
+        return handler();
+    }
+    catch (const std::exception& failure)
+    {
+        ReportHandlerFailure(failure.what());
+    }
+    catch (...)
+    {
+        ReportHandlerFailure(nullptr);
+    }
+    return fallback();
+}
+} // namespace
+
+// After the last message of a window: the object lets go of the handle.
+void Window::Detach(Window* self, HWND window, int slot)
+{
+    SetWindowLongPtrW(window, slot, 0);
+    self->hwnd = nullptr;
+    Guarded<int>(
+        [self]
+        {
+            self->OnHandleDestroyed();
+            return 0;
+        },
+        [] { return 0; });
+}
+
 LRESULT CALLBACK Window::WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     Window* self = nullptr;
@@ -218,34 +255,11 @@ LRESULT CALLBACK Window::WindowProcedure(HWND window, UINT message, WPARAM wPara
     if (!self)
         return DefWindowProcW(window, message, wParam, lParam);
 
-    LRESULT result = 0;
-    try
-    {
-        result = self->WindowProc(message, wParam, lParam);
-    }
-    catch (const std::exception& failure)
-    {
-        ReportHandlerFailure(failure.what());
-        result = DefWindowProcW(window, message, wParam, lParam);
-    }
-    catch (...)
-    {
-        ReportHandlerFailure(nullptr);
-        result = DefWindowProcW(window, message, wParam, lParam);
-    }
+    const LRESULT result =
+        Guarded<LRESULT>([&] { return self->WindowProc(message, wParam, lParam); },
+                         [&] { return DefWindowProcW(window, message, wParam, lParam); });
     if (message == WM_NCDESTROY)
-    {
-        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
-        self->hwnd = nullptr;
-        try
-        {
-            self->OnHandleDestroyed();
-        }
-        catch (...)
-        {
-            ReportHandlerFailure(nullptr);
-        }
-    }
+        Detach(self, window, GWLP_USERDATA);
     return result;
 }
 
@@ -265,33 +279,9 @@ INT_PTR CALLBACK Window::DialogProcedure(HWND window, UINT message, WPARAM wPara
     if (!self)
         return FALSE;
 
-    INT_PTR result = FALSE;
-    try
-    {
-        result = self->DialogProc(message, wParam, lParam);
-    }
-    catch (const std::exception& failure)
-    {
-        ReportHandlerFailure(failure.what());
-        result = FALSE;
-    }
-    catch (...)
-    {
-        ReportHandlerFailure(nullptr);
-        result = FALSE;
-    }
+    const INT_PTR result = Guarded<INT_PTR>(
+        [&] { return self->DialogProc(message, wParam, lParam); }, [] { return INT_PTR(FALSE); });
     if (message == WM_NCDESTROY)
-    {
-        SetWindowLongPtrW(window, DWLP_USER, 0);
-        self->hwnd = nullptr;
-        try
-        {
-            self->OnHandleDestroyed();
-        }
-        catch (...)
-        {
-            ReportHandlerFailure(nullptr);
-        }
-    }
+        Detach(self, window, DWLP_USER);
     return result;
 }

@@ -100,6 +100,7 @@ protected:
 
     // The procedures to pass to the system: creation data (lpCreateParams of
     // CreateWindowExW, the init parameter of the dialog functions) is `this`.
+    static void Detach(Window* self, HWND window, int slot);
     static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam,
                                             LPARAM lParam);
     static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam,

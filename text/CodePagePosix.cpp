@@ -1,4 +1,5 @@
 #include <cstring>
+#include <type_traits>
 
 #include "text/CodePage.h"
 
@@ -91,14 +92,25 @@ bool Put(Unit* target, int32_t targetSize, int32_t& written, const Unit* units, 
     return true;
 }
 
-// The length of the run of ASCII units from `at` on (they convert one to one).
-template <typename Unit>
-int32_t AsciiRun(const Unit* at, const Unit* end)
+// Copies the run of ASCII units from `at` on (they convert one to one).
+// Answers the run's length, or -1 when it does not fit the target.
+template <typename From, typename To>
+int32_t CopyAsciiRun(const From* at, const From* end, To* target, int32_t targetSize,
+                     int32_t& written)
 {
-    const Unit* run = at;
-    while (run < end && static_cast<uint32_t>(*run) < 0x80)
+    const From* run = at;
+    while (run < end && static_cast<uint32_t>(static_cast<std::make_unsigned_t<From>>(*run)) < 0x80)
         ++run;
-    return int32_t(run - at);
+    const int32_t count = int32_t(run - at);
+    if (targetSize)
+    {
+        if (written + count > targetSize)
+            return -1;
+        for (int32_t i = 0; i < count; ++i)
+            target[written + i] = To(at[i]);
+    }
+    written += count;
+    return count;
 }
 
 char ToCp1252(char16_t ch)
@@ -128,25 +140,16 @@ int32_t ToWide(uint32_t codePage, const char* source, int32_t sourceLength, char
     int32_t written = 0;
     while (at < end)
     {
-        if (const int32_t run = AsciiRun(at, end))
-        {
-            if (targetSize)
-            {
-                if (written + run > targetSize)
-                    return 0;
-                for (int32_t i = 0; i < run; ++i)
-                    target[written + i] = at[i];
-            }
-            written += run;
-            at += run;
-            continue;
-        }
+        const int32_t run = CopyAsciiRun(at, end, target, targetSize, written);
+        if (run < 0)
+            return 0;
+        at += run;
+        if (at == end)
+            break;
         const unsigned char byte = *at++;
         char16_t units[2];
         int count = 1;
-        if (byte < 0x80)
-            units[0] = byte;
-        else if (codePage != Utf8)
+        if (codePage != Utf8)
             units[0] = (byte < 0xA0) ? cp1252High[byte - 0x80] : char16_t(byte);
         else
         {
@@ -185,19 +188,13 @@ int32_t FromWide(uint32_t codePage, const char16_t* source, int32_t sourceLength
     int32_t written = 0;
     for (int32_t i = 0; i < sourceLength; ++i)
     {
-        if (const int32_t run = AsciiRun(source + i, source + sourceLength))
-        {
-            if (targetSize)
-            {
-                if (written + run > targetSize)
-                    return 0;
-                for (int32_t k = 0; k < run; ++k)
-                    target[written + k] = char(source[i + k]);
-            }
-            written += run;
-            i += run - 1;
-            continue;
-        }
+        const int32_t run =
+            CopyAsciiRun(source + i, source + sourceLength, target, targetSize, written);
+        if (run < 0)
+            return 0;
+        i += run;
+        if (i == sourceLength)
+            break;
         uint32_t value = source[i];
         char bytes[4];
         int count = 1;
