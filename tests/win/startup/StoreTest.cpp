@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/ProductTable.h"
+#include "app/ProgramMain.h"
 #include "app/SettingsContext.h"
 #include "settings/iniFile.h"
 #include "tests/win/startup/StartupTestSupport.h"
@@ -40,6 +41,28 @@ TEST(ProductTable, DescriptorsFileNamesAndSpelling)
     EXPECT_TRUE(CanonicalProductName(u"Plot").IsEmpty());
     EXPECT_TRUE(SettingsFileNameFor(u"ledgerline").SameAs(u"QUORLIN.INI"));
     EXPECT_TRUE(SettingsFileNameFor(u"Shopwise").SameAs(u"KEL.INI"));
+}
+
+TEST(ProductTable, CommandLineLanguageAndTitle)
+{
+    EXPECT_TRUE(ProductFromCommandLine(u"/l=Deutsch -APP=ledgerLINE").SameAs(u"Ledgerline"));
+    EXPECT_TRUE(ProductFromCommandLine(u"-app=\"Plotwise\" /l=x").SameAs(u"Plotwise"));
+    EXPECT_TRUE(ProductFromCommandLine(u"-app=Plotwise2").IsEmpty());
+    EXPECT_TRUE(ProductFromCommandLine(u"/l=Deutsch").IsEmpty());
+    EXPECT_TRUE(EditorTitle(u"Plotwise").SameAs(u"Plotwise Config Editor - 23.0.1.1019 2023"));
+
+    // "/l=" wins; otherwise the product's stored language of the release; else English.
+    // A product name of this test's own: the "2023" branch belongs to the end-to-end tests.
+    StartupFixture env;
+    const KelText product = UniqueName(u"LanguageProbe");
+    const KelText key = AppEntry::RegistryKeyPathFor(u"2023", product, true);
+    RegistryCleanup cleanup({key});
+    EXPECT_TRUE(StartupLanguage(u"-app=Tallywise", product).SameAs(u"English"));
+    RegistryKey stored;
+    ASSERT_TRUE(stored.Create(key));
+    ASSERT_TRUE(stored.WriteString(u"Language", u"Deutsch"));
+    EXPECT_TRUE(StartupLanguage(u"-app=Tallywise", product).SameAs(u"Deutsch"));
+    EXPECT_TRUE(StartupLanguage(u"-app=Tallywise /l=Fran", product).SameAs(u"Fran"));
 }
 
 TEST(ProgramPathStore, KindsFollowTheDescriptor)
