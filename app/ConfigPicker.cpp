@@ -4,6 +4,7 @@
 #include "framework/AppEntry.h"
 #include "framework/Folders.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 
 ConfigPicker::ConfigPicker(std::vector<ConfigCandidate>& list, const KelText& settingsFileName,
                            const KelText& productName)
@@ -12,7 +13,7 @@ ConfigPicker::ConfigPicker(std::vector<ConfigCandidate>& list, const KelText& se
 {
     // "Select Configuration - Plotwise": the product tells which program's
     // configuration is being chosen.
-    KelText title(DictText(9705));
+    KelText title(DictText(kTextPickerTitle));
     if (!product.IsEmpty())
         title = KelText::Formatted(u"%s - %s", title, product);
     SetTitle(title);
@@ -22,8 +23,8 @@ int32_t ConfigPicker::InitPage()
 {
     list = &AddControl<ListView>(kConfigPickerList);
     const int32_t width = list->ClientRect().right;
-    list->AddColumn(DictText(9706), width / 3);
-    list->AddColumn(DictText(9707), width - width / 3);
+    list->AddColumn(DictText(kTextPickerName), width / 3);
+    list->AddColumn(DictText(kTextPickerFolder), width - width / 3);
     list->SetFullRowSelect(true);
     for (const ConfigCandidate& candidate : candidates)
         AddRow(candidate);
@@ -83,13 +84,14 @@ void ConfigPicker::Browse()
     KelText start = row >= 0 ? candidates[size_t(row)].folder
                              : (app ? app->SharedDocumentsFolder() : KelText());
     KelText folder;
-    if (!BrowseFolder(DictText(9712), start, folder))
+    if (!BrowseFolder(DictText(kTextPickerBrowseTitle), start, folder))
         return;
     folder = NormaliseFolder(folder);
     if (!app || !FolderHoldsFile(*app, folder, fileName))
     {
         Alert();
-        ShowMessageBox(KelText::Formatted(DictText(9709), WithBackslashes(folder), fileName),
+        ShowMessageBox(KelText::Formatted(DictText(kTextPickerNoSettingsFile),
+                                          WithBackslashes(folder), fileName),
                        Title(), MB_OK | MB_ICONEXCLAMATION);
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "framework/EditMsgManager.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 
 KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const KelText& productName,
                                  const KelText& settingsFileName)
@@ -9,10 +10,10 @@ KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const Kel
 {
     (void)settingsFileName; // used by the common options page
     // Pages in tab order. The message switches close every product's list.
-    AddPage(new EditMsgManager(this));
+    MakePage<EditMsgManager>();
 
     SetStyleBits(WS_MINIMIZEBOX);
-    SetExtraButton(KelText(DictText(163)), 1);
+    SetExtraButton(KelText(DictText(kTextAbout)), 1);
 }
 
 KelConfigDialog::~KelConfigDialog() = default;

@@ -9,6 +9,7 @@
 #include "framework/Folders.h"
 #include "framework/RegistryKey.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 #include "text/WideText.h"
 
 namespace
@@ -159,7 +160,8 @@ int32_t LocateConfiguration(SettingsContext& context, const KelText& fileNameIn,
         for (const KelText& fallback : {app->SettingsFolder(), app->ProgramFolder()})
             if (FolderHoldsFile(*app, fallback, fileName))
             {
-                candidates.push_back({KelText(DictText(1604)), NormaliseFolder(fallback), 0});
+                candidates.push_back(
+                    {KelText(DictText(kTextDefaultConfiguration)), NormaliseFolder(fallback), 0});
                 break;
             }
     }
@@ -176,7 +178,7 @@ int32_t LocateConfiguration(SettingsContext& context, const KelText& fileNameIn,
                 if (file != INVALID_HANDLE_VALUE)
                     CloseHandle(file);
             }
-            candidates.push_back({KelText(DictText(1604)), newFolder, 0});
+            candidates.push_back({KelText(DictText(kTextDefaultConfiguration)), newFolder, 0});
         }
     }
 
@@ -222,8 +224,9 @@ int32_t LocateConfiguration(SettingsContext& context, const KelText& fileNameIn,
     if (foundStart)
         return useFile();
 
-    const KelText message = KelText::Formatted(u"%s - %s", DictText(9704), DictText(2313));
-    const KelText caption = product.IsEmpty() ? KelText(DictText(251)) : product;
+    const KelText message = KelText::Formatted(u"%s - %s", DictText(kTextNoConfiguration),
+                                               DictText(kTextNeedsSettingsFile));
+    const KelText caption = product.IsEmpty() ? KelText(DictText(kTextFamilyName)) : product;
     app->ShowMessageBox(nullptr, message, caption, MB_ICONHAND | MB_OK);
     return 0;
 }

@@ -6,34 +6,36 @@
 #include "app/LocateConfiguration.h"
 #include "app/ProductTable.h"
 #include "app/SettingsContext.h"
+#include "app/Version.h"
 #include "framework/AppEntry.h"
 #include "framework/RegistryKey.h"
 #include "framework/SystemLibrary.h"
 #include "text/EncodedText.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 
 const char16_t kApplicationName[] = u"EditKel";
-const char16_t kRelease[] = u"2023";
-const char kVersionText[] = "23.0.1.1019 2023";
+const char16_t kRelease[] = KEL_WIDEN(KEL_RELEASE);
+const char kVersionText[] = KEL_VERSION_TEXT;
 
 namespace
 {
 struct SwitchRow
 {
     uint32_t code;
-    int32_t textNumber;
+    TextNumber textNumber;
     const char16_t* name;
 };
 
 const SwitchRow editorSwitches[] = {
-    {5, 6014, u"BadCostTables"},
-    {4, 6015, u"BadSpec"},
-    {2, 9650, u"ProjectInfoDifferent"},
-    {3, 9651, u"ItemInvalidForJob"},
-    {7, 9652, u"SwitchProfiles"},
-    {8, 9653, u"ConvertModels"},
-    {9, 9654, u"Fill2Ends"},
-    {10, 9655, u"ConnectorLocks"},
+    {5, kTextSwitchBadCostTables, u"BadCostTables"},
+    {4, kTextSwitchBadSpec, u"BadSpec"},
+    {2, kTextSwitchProjectInfo, u"ProjectInfoDifferent"},
+    {3, kTextSwitchItemInvalid, u"ItemInvalidForJob"},
+    {7, kTextSwitchProfiles, u"SwitchProfiles"},
+    {8, kTextSwitchConvertModels, u"ConvertModels"},
+    {9, kTextSwitchFill2Ends, u"Fill2Ends"},
+    {10, kTextSwitchConnectorLocks, u"ConnectorLocks"},
 };
 
 // The value of a command-line switch such as "-app=": the text after it up to

@@ -8,8 +8,8 @@ class AppEntry;
 // The editor's name and release as the application registers them, and the
 // version shown in the dialog's title.
 extern const char16_t kApplicationName[]; // "EditKel"
-extern const char16_t kRelease[];         // "2023"
-extern const char kVersionText[];         // "23.0.1.1019 2023"
+extern const char16_t kRelease[];         // KEL_RELEASE of app/Version.h
+extern const char kVersionText[];         // KEL_VERSION_TEXT of app/Version.h
 
 // The product named by the switch "-app=" (any case), in its canonical
 // spelling; empty when the switch is missing or names no product.

@@ -5,7 +5,6 @@
 
 #include "app/ProductTable.h"
 #include "settings/iniFile.h"
-#include "text/FileSystem.h"
 
 namespace
 {
@@ -164,22 +163,8 @@ int32_t SettingsContext::Save()
         values.push_back(slots[kind].text);
         file.Add(new iniString(programPaths, KindName(kind), &values.back(), KelText()));
     }
-    // WriteAll does not tell whether the file was written, so the steps are
-    // taken here: a missing file starts an empty document, entries are written
-    // last to first so that new keys keep the list's order.
-    if (!file.Load())
-    {
-        // A file that exists but cannot be read is not replaced by an empty one.
-        if (GetFileSystem().Exists(settingsFile))
-            return 0;
-        file.Clear();
-        file.loaded = 1;
-    }
-    for (int32_t i = file.entries.Count() - 1; i >= 0; --i)
-        file.entries[i]->Write(file.lines);
     // The page that asked reports a failure in its own words.
-    const int32_t saved = file.Save(0);
-    file.Clear();
+    const int32_t saved = file.SaveEntries();
     if (saved)
         for (Slot& slot : slots)
             slot.changed = false;

@@ -29,9 +29,12 @@ function(kel_library name)
 endfunction()
 
 # A GoogleTest program registered with ctest. Windows builds run it under
-# Wine through the harness (fixture "wine").
+# Wine through the harness (fixture "wine"). LOCKS names the shared things
+# the program resets or writes (for example the "2023" registry branch that
+# EditKel.exe itself uses); programs that name the same lock never run at
+# the same time.
 function(kel_add_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS;LOCKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest_main GTest::gmock)
     kel_strict(${name})
@@ -43,6 +46,9 @@ function(kel_add_test name)
                                             WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
     if(ARG_LABELS)
         set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
+    endif()
+    if(ARG_LOCKS)
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${ARG_LOCKS}")
     endif()
     if(WIN32)
         set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine)

@@ -5,6 +5,7 @@
 #include "framework/Folders.h"
 #include "framework/RegistryKey.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 
 namespace
 {
@@ -156,9 +157,9 @@ int32_t AppEntry::ShowMessageBox(HWND owner, const KelText& text, const KelText&
         return MessageBoxDefaultButton(style);
 
     bool dontShowAgain = false;
-    int32_t answer =
-        Interaction().ShowMessageBox(owner, text, caption, style, switched ? switchCode : 0,
-                                     switched ? KelText(DictText(6069)) : KelText(), dontShowAgain);
+    int32_t answer = Interaction().ShowMessageBox(
+        owner, text, caption, style, switched ? switchCode : 0,
+        switched ? KelText(DictText(kTextDontShowAgain)) : KelText(), dontShowAgain);
     if (switched && dontShowAgain)
         SetSwitchShown(switchCode, false);
     return answer;

@@ -18,6 +18,11 @@ AppFrame::AppFrame(Window* ownerWindow, const KelText& text) : owner(ownerWindow
 
 AppFrame::~AppFrame()
 {
+    Teardown();
+}
+
+void AppFrame::Teardown()
+{
     ReleaseApplicationLinks();
     DetachAndDestroy();
 }

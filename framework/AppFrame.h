@@ -52,6 +52,12 @@ protected:
     HWND OwnerHandle() const;
     // Leaves the modal stack (when modal) and gives up the main-frame role.
     void ReleaseApplicationLinks();
+    // The end of the window's ties to this object: ReleaseApplicationLinks,
+    // then the system window is cut from the object (later messages get
+    // default handling) and destroyed. ~AppFrame runs it, so no message
+    // reaches a half-destroyed object; a class whose members own child
+    // windows runs it first in its own destructor (see PropertyDialog).
+    void Teardown();
 
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnHandleDestroyed() override;

@@ -2,6 +2,7 @@
 
 #include "framework/AppEntry.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 #include "text/WideText.h"
 
 namespace
@@ -77,8 +78,8 @@ void AppInterface::ReportError(const KelText& message, const KelText& context)
 {
     KelText text = context.IsEmpty() ? message : KelText::Formatted(u"%s\n\n%s", message, context);
     bool unused = false;
-    interaction->ShowMessageBox(DefaultOwner(), text, DictText(290), MB_OK | MB_ICONHAND, 0,
-                                KelText(), unused);
+    interaction->ShowMessageBox(DefaultOwner(), text, DictText(kTextProblem), MB_OK | MB_ICONHAND,
+                                0, KelText(), unused);
 }
 
 void AppInterface::SetDictionaryNotice(const KelText& notice)

@@ -5,6 +5,7 @@
 
 #include "framework/AppInteraction.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 #include "text/WideText.h"
 
 namespace
@@ -29,20 +30,20 @@ KelText ButtonLabel(int32_t id)
     switch (id)
     {
     case IDOK:
-        return DictText(47);
+        return DictText(kTextOk);
     case IDCANCEL:
-        return DictText(48);
+        return DictText(kTextCancel);
     case IDNO:
-        return DictText(65);
+        return DictText(kTextNo);
     case IDYES:
-        return DictText(66);
+        return DictText(kTextYes);
     case IDRETRY:
     case IDTRYAGAIN:
-        return DictText(3909);
+        return DictText(kTextRetry);
     case IDABORT:
-        return DictText(4550);
+        return DictText(kTextAbort);
     case IDCONTINUE:
-        return DictText(1492);
+        return DictText(kTextContinue);
     case IDIGNORE:
         return u"Ignore";
     default:

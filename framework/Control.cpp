@@ -274,3 +274,35 @@ void ComboBox::LoadValue()
     SelectText(*member);
     loaded = Text();
 }
+
+// --- DropDownList -----------------------------------------------------------------
+
+DropDownList::DropDownList(FormDialog& page, int32_t id, int32_t* boundMember,
+                           std::initializer_list<KelText> rows)
+    : ComboBox(page, id), member(boundMember)
+{
+    for (const KelText& row : rows)
+        Send(CB_INSERTSTRING, WPARAM(-1), reinterpret_cast<LPARAM>(AsWide(row)));
+    LoadValue();
+}
+
+bool DropDownList::IsChanged() const
+{
+    return member && Selection() >= 0 && Selection() != loaded;
+}
+
+void DropDownList::StoreValue()
+{
+    if (!member || Selection() < 0)
+        return;
+    loaded = Selection();
+    *member = loaded;
+}
+
+void DropDownList::LoadValue()
+{
+    if (!member)
+        return;
+    Select(*member);
+    loaded = Selection();
+}

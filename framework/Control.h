@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 
 #include "framework/Window.h"
 #include "text/KelText.h"
@@ -154,6 +155,27 @@ private:
     KelText* member = nullptr;
     KelText loaded;
     std::function<void()> selected;
+};
+
+// A drop-down list whose selected row is bound to a 32-bit index member: row
+// i stands for the value i. The rows are given when it is made, so that the
+// member's row is selected at once; a member outside the rows selects none.
+// Storing writes the selected row; with no row selected the member keeps its
+// value.
+class DropDownList : public ComboBox
+{
+public:
+    DropDownList(FormDialog& page, int32_t id, int32_t* member,
+                 std::initializer_list<KelText> rows);
+
+    bool IsBound() const override { return member != nullptr; }
+    bool IsChanged() const override;
+    void StoreValue() override;
+    void LoadValue() override;
+
+private:
+    int32_t* member;
+    int32_t loaded = -1;
 };
 
 // A static text.

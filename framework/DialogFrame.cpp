@@ -9,15 +9,85 @@ DialogFrame::DialogFrame(Window* owner, const TemplateName& name, const KelText&
 {
 }
 
-DialogFrame::~DialogFrame()
-{
-    ReleaseApplicationLinks();
-    DetachAndDestroy();
-}
+DialogFrame::~DialogFrame() = default;
 
 bool DialogFrame::PreTranslateMessage(MSG& message)
 {
     return Exists() && IsDialogMessageW(Handle(), &message);
+}
+
+// --- controls by id ---------------------------------------------------------
+
+namespace
+{
+HWND Item(HWND dialog, int32_t id)
+{
+    return dialog ? GetDlgItem(dialog, id) : nullptr;
+}
+} // namespace
+
+bool DialogFrame::HasControl(int32_t id) const
+{
+    return Item(Handle(), id) != nullptr;
+}
+
+void DialogFrame::EnableControl(int32_t id, bool enable)
+{
+    if (HWND control = Item(Handle(), id))
+        EnableWindow(control, enable ? TRUE : FALSE);
+}
+
+bool DialogFrame::IsControlEnabled(int32_t id) const
+{
+    HWND control = Item(Handle(), id);
+    return control && IsWindowEnabled(control);
+}
+
+void DialogFrame::ShowControl(int32_t id, bool show)
+{
+    if (HWND control = Item(Handle(), id))
+        ShowWindow(control, show ? SW_SHOW : SW_HIDE);
+}
+
+bool DialogFrame::IsControlVisible(int32_t id) const
+{
+    HWND control = Item(Handle(), id);
+    // The control's own style: the dialog itself may be hidden.
+    return control && (GetWindowLongPtrW(control, GWL_STYLE) & WS_VISIBLE);
+}
+
+KelText DialogFrame::ControlText(int32_t id) const
+{
+    return Window(Item(Handle(), id)).Text();
+}
+
+void DialogFrame::SetControlText(int32_t id, const KelText& text)
+{
+    if (HWND control = Item(Handle(), id))
+        SetWindowTextW(control, AsWide(text));
+}
+
+bool DialogFrame::IsControlChecked(int32_t id) const
+{
+    HWND control = Item(Handle(), id);
+    return control && SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void DialogFrame::SetControlChecked(int32_t id, bool checked)
+{
+    if (HWND control = Item(Handle(), id))
+        SendMessageW(control, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+void DialogFrame::FocusControl(int32_t id)
+{
+    if (HWND control = Item(Handle(), id))
+        SetFocus(control);
+}
+
+RECT DialogFrame::ControlRect(int32_t id) const
+{
+    return Window(Item(Handle(), id)).RectInParent();
 }
 
 RECT DialogFrame::DialogUnitsToPixels(const RECT& units) const

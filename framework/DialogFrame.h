@@ -23,6 +23,22 @@ public:
     // arrows, Enter, Esc, mnemonics).
     bool PreTranslateMessage(MSG& message) override;
 
+    // --- the dialog's controls by id (no effect, false or empty text when
+    // the dialog has no such control) ---------------------------------------
+    bool HasControl(int32_t id) const;
+    void EnableControl(int32_t id, bool enable = true);
+    bool IsControlEnabled(int32_t id) const;
+    void ShowControl(int32_t id, bool show = true);
+    bool IsControlVisible(int32_t id) const;
+    KelText ControlText(int32_t id) const;
+    void SetControlText(int32_t id, const KelText& text);
+    // Check boxes and radio buttons.
+    bool IsControlChecked(int32_t id) const;
+    void SetControlChecked(int32_t id, bool checked);
+    void FocusControl(int32_t id);
+    // The control's rectangle in this dialog's client coordinates.
+    RECT ControlRect(int32_t id) const;
+
     // Converts dialog units of this dialog to pixels.
     RECT DialogUnitsToPixels(const RECT& units) const;
     int32_t DialogUnitsToPixelsX(int32_t units) const;

@@ -3,19 +3,11 @@
 #include "framework/AppEntry.h"
 #include "framework/FrameworkResources.h"
 #include "text/TextHolder.h"
-
-namespace
-{
-// A dictionary text, or the built-in English text when there is none.
-KelText TextOr(int32_t number, const char16_t* fallback)
-{
-    const char16_t* text = TextHolder::Instance().Text(number, true);
-    return text && *text ? KelText(text) : KelText(fallback);
-}
-} // namespace
+#include "text/TextNumbers.h"
 
 EditMsgManager::EditMsgManager(Window* owner)
-    : PropertyPage(owner, kMessageSwitchTemplate, TextOr(6070, u"Message Prompts"))
+    : PropertyPage(owner, kMessageSwitchTemplate,
+                   DictTextOr(kTextSwitchesTitle, u"Message Prompts"))
 {
 }
 
@@ -24,7 +16,8 @@ EditMsgManager::~EditMsgManager() = default;
 int32_t EditMsgManager::InitPage()
 {
     AddControl<StaticText>(kMessageSwitchTextId)
-        .SetText(TextOr(6071, u"Select which Types of Messages will be Prompted For"));
+        .SetText(DictTextOr(kTextSwitchesExplanation,
+                            u"Select which Types of Messages will be Prompted For"));
     tree = &AddControl<CheckTreeView>(kMessageSwitchTreeId);
 
     filling.Clear();
@@ -68,11 +61,11 @@ int32_t EditMsgManager::ApplyPage(int32_t pageIndex, int32_t reason, int32_t fla
         // A switch that is gone has nowhere to keep its state.
         if (!app->MessageSwitches().Find(code))
             continue;
-        const bool shown = tree->IsChecked(item);
-        if (shown == app->IsSwitchShown(code))
-            continue;
-        // Registry failures leave the old state; the page still closes.
-        app->SetSwitchShown(code, shown);
+        // Every row is stored, also one the user left alone, so that OK
+        // leaves each switch as a REG_DWORD (a value kept as some other type
+        // becomes one). Registry failures leave the old state; the page still
+        // closes.
+        app->SetSwitchShown(code, tree->IsChecked(item));
     }
     return 0;
 }

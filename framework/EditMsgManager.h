@@ -19,9 +19,8 @@ public:
 
     // Fills the rows from the application's switch list, in list order.
     int32_t InitPage() override;
-    // Stores the tick of every row whose switch is still registered and whose
-    // stored state differs from it; states that already agree are left as
-    // they are (an absent value already means shown).
+    // Stores the tick of every row whose switch is still registered, as a
+    // REG_DWORD: 1 ticked, 0 not; rows the user did not change included.
     int32_t ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags) override;
 
     // The switch code of a row, 0 outside the rows.

@@ -7,12 +7,9 @@ FormDialog::FormDialog(Window* owner, const TemplateName& templateName, const Ke
 {
 }
 
-FormDialog::~FormDialog()
-{
-    // The window goes before the control objects it notifies.
-    ReleaseApplicationLinks();
-    DetachAndDestroy();
-}
+// The control objects go first; the window, cut from this object, follows in
+// ~AppFrame, so it never notifies a control object that is gone.
+FormDialog::~FormDialog() = default;
 
 void FormDialog::Adopt(std::unique_ptr<Control> control)
 {
@@ -97,6 +94,17 @@ bool FormDialog::BrowseFolder(const KelText& title, const KelText& startFolder, 
 {
     AppInterface* app = GetApplication();
     return app && app->BrowseForFolder(Handle(), title, startFolder, chosen);
+}
+
+int32_t FormDialog::Report(const PageReport& report)
+{
+    if (report.toFront)
+        BringToFront();
+    if (report.alert)
+        Alert(MB_ICONHAND);
+    if (report.HasBox())
+        ShowMessageBox(report.text, report.caption, report.style);
+    return report.refuse ? 1 : 0;
 }
 
 bool FormDialog::BringToFront()

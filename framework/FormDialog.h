@@ -9,6 +9,7 @@
 #include "framework/Control.h"
 #include "framework/DialogFrame.h"
 #include "framework/Layout.h"
+#include "framework/PageReport.h"
 #include "framework/ToolTip.h"
 
 // A dialog with controls bound to members: it owns its control objects (made
@@ -72,6 +73,11 @@ public:
     // The folder browser with the form as owner; true and the folder when the
     // user confirms.
     bool BrowseFolder(const KelText& title, const KelText& startFolder, KelText& chosen);
+
+    // Tells the user what a save reported: the form comes to the front, the
+    // alert sounds and the box shows, as far as the report asks. Answers what
+    // the page answers: 1 when the report refuses, else 0.
+    int32_t Report(const PageReport& report);
 
     // Makes the form visible to the user (a page becomes its dialog's current
     // page). Answers whether it is in front now; a form run on its own is.

@@ -8,9 +8,9 @@ PropertyDialog::PropertyDialog(Window* owner, const TemplateName& frameTemplate,
 
 PropertyDialog::~PropertyDialog()
 {
-    // The window (and with it the pages' windows) goes before the pages.
-    ReleaseApplicationLinks();
-    DetachAndDestroy();
+    // The window, and with it the pages' windows, goes while the pages still
+    // exist to see their windows close.
+    Teardown();
 }
 
 int32_t PropertyDialog::AddPage(std::unique_ptr<PropertyPage> page)

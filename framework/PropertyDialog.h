@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "framework/DialogFrame.h"
@@ -21,7 +22,15 @@ public:
     // Appends a page and takes it. A page whose template is missing is not
     // added (it is deleted). Answers the page's index, -1 when not added.
     int32_t AddPage(std::unique_ptr<PropertyPage> page);
-    int32_t AddPage(PropertyPage* page) { return AddPage(std::unique_ptr<PropertyPage>(page)); }
+    // Makes a page T(this, args...) and appends it; answers the page, or null
+    // when it was not added.
+    template <typename T, typename... Args>
+    T* MakePage(Args&&... args)
+    {
+        auto page = std::make_unique<T>(this, std::forward<Args>(args)...);
+        T* made = page.get();
+        return AddPage(std::move(page)) < 0 ? nullptr : made;
+    }
     int32_t PageCount() const { return int32_t(pages.size()); }
     PropertyPage* Page(int32_t index) const;
     int32_t IndexOf(const PropertyPage* page) const;

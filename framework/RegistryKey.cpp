@@ -25,6 +25,23 @@ const RootName rootNames[] = {
     {u"HKCC", HKEY_CURRENT_CONFIG},
 };
 
+RegistryKey::WriteRefusal& Refusal()
+{
+    static RegistryKey::WriteRefusal refusal;
+    return refusal;
+}
+
+// A refusal tests paths without the trailing "\" that builders add.
+bool RefusedPath(const KelText& path)
+{
+    if (!Refusal())
+        return false;
+    KelText plain(path);
+    while (!plain.IsEmpty() && plain.At(plain.Length() - 1) == u'\\')
+        plain.Delete(plain.Length(), 1);
+    return Refusal()(plain);
+}
+
 KelText ExpandEnvironment(const KelText& text)
 {
     DWORD needed = ExpandEnvironmentStringsW(AsWide(text), nullptr, 0);
@@ -48,7 +65,11 @@ RegistryKey::~RegistryKey()
     Close();
 }
 
-RegistryKey::RegistryKey(RegistryKey&& other) noexcept : key(std::exchange(other.key, nullptr)) {}
+RegistryKey::RegistryKey(RegistryKey&& other) noexcept
+    : key(std::exchange(other.key, nullptr)), path(std::move(other.path))
+{
+    other.path = KelText();
+}
 
 RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
 {
@@ -56,6 +77,8 @@ RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
     {
         Close();
         key = std::exchange(other.key, nullptr);
+        path = other.path;
+        other.path = KelText();
     }
     return *this;
 }
@@ -79,33 +102,37 @@ bool RegistryKey::SplitPath(const KelText& path, HKEY& root, KelText& subPath)
     return true;
 }
 
-bool RegistryKey::Open(const KelText& path, Access access)
+bool RegistryKey::Open(const KelText& keyPath, Access access)
 {
     Close();
     HKEY root;
     KelText subPath;
-    if (!SplitPath(path, root, subPath))
+    if (!SplitPath(keyPath, root, subPath))
         return false;
     REGSAM rights = access == Access::Read ? KEY_READ : KEY_READ | KEY_WRITE;
+    if (access == Access::Write && RefusedPath(keyPath))
+        return false;
     HKEY opened = nullptr;
     if (RegOpenKeyExW(root, AsWide(subPath), 0, rights, &opened) != ERROR_SUCCESS)
         return false;
     key = opened;
+    path = keyPath;
     return true;
 }
 
-bool RegistryKey::Create(const KelText& path)
+bool RegistryKey::Create(const KelText& keyPath)
 {
     Close();
     HKEY root;
     KelText subPath;
-    if (!SplitPath(path, root, subPath))
+    if (!SplitPath(keyPath, root, subPath) || RefusedPath(keyPath))
         return false;
     HKEY created = nullptr;
     if (RegCreateKeyExW(root, AsWide(subPath), 0, nullptr, REG_OPTION_NON_VOLATILE,
                         KEY_READ | KEY_WRITE, nullptr, &created, nullptr) != ERROR_SUCCESS)
         return false;
     key = created;
+    path = keyPath;
     return true;
 }
 
@@ -114,6 +141,17 @@ void RegistryKey::Close()
     if (key)
         RegCloseKey(key);
     key = nullptr;
+    path = KelText();
+}
+
+bool RegistryKey::Refused() const
+{
+    return RefusedPath(path);
+}
+
+RegistryKey::WriteRefusal RegistryKey::SetWriteRefusal(WriteRefusal refuses)
+{
+    return std::exchange(Refusal(), std::move(refuses));
 }
 
 RegistryRead RegistryKey::ReadString(const KelText& name, KelText& value, DWORD* typeFound) const
@@ -183,7 +221,7 @@ RegistryRead RegistryKey::ReadDword(const KelText& name, uint32_t& value, DWORD*
 
 bool RegistryKey::WriteString(const KelText& name, const KelText& value)
 {
-    if (!key)
+    if (!key || Refused())
         return false;
     DWORD bytes = DWORD((value.Length() + 1) * sizeof(wchar_t));
     return RegSetValueExW(key, AsWide(name), 0, REG_SZ,
@@ -192,7 +230,7 @@ bool RegistryKey::WriteString(const KelText& name, const KelText& value)
 
 bool RegistryKey::WriteDword(const KelText& name, uint32_t value)
 {
-    if (!key)
+    if (!key || Refused())
         return false;
     DWORD data = value;
     return RegSetValueExW(key, AsWide(name), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&data),
@@ -201,7 +239,7 @@ bool RegistryKey::WriteDword(const KelText& name, uint32_t value)
 
 bool RegistryKey::DeleteValue(const KelText& name)
 {
-    if (!key)
+    if (!key || Refused())
         return false;
     LONG result = RegDeleteValueW(key, AsWide(name));
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "text/KelText.h"
@@ -70,6 +71,20 @@ public:
     // Deletes a key with all its sub-keys and values. Refuses a bare root.
     static bool DeleteTree(const KelText& path);
 
+    // The full text the key was opened or created with (empty when closed).
+    const KelText& Path() const { return path; }
+
+    // A test's stand-in for keys the user may not change: while installed,
+    // every key path for which `refuses` answers true behaves as a key whose
+    // permissions allow reading only (creating it, opening it for writing,
+    // writing and deleting its values fail). Answers the one it replaces;
+    // an empty function removes it.
+    using WriteRefusal = std::function<bool(const KelText& keyPath)>;
+    static WriteRefusal SetWriteRefusal(WriteRefusal refuses);
+
 private:
+    bool Refused() const;
+
     HKEY key = nullptr;
+    KelText path;
 };

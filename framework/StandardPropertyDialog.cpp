@@ -8,7 +8,7 @@
 #include "framework/FrameworkResources.h"
 #include "framework/RegistryKey.h"
 #include "text/TextHolder.h"
-#include "text/WideText.h"
+#include "text/TextNumbers.h"
 
 namespace
 {
@@ -19,13 +19,6 @@ constexpr int32_t kButtonWidth = 50;
 constexpr int32_t kButtonHeight = 14;
 // The page size assumed when no page has a template to measure.
 constexpr SIZE kDefaultPage = {186, 167};
-
-// A text of the dictionary, or `fallback` when the dictionary has none.
-KelText TextOr(int32_t number, const char16_t* fallback)
-{
-    const char16_t* text = TextHolder::Instance().Text(number, true);
-    return text && *text ? KelText(text) : KelText(fallback);
-}
 
 // The registry keeps the coordinates as DWORDs; negative ones (screens left
 // of or above the main screen) go through their two's complement.
@@ -54,11 +47,7 @@ StandardPropertyDialog::StandardPropertyDialog(Window* owner, const KelText& tit
 {
 }
 
-StandardPropertyDialog::~StandardPropertyDialog()
-{
-    ReleaseApplicationLinks();
-    DetachAndDestroy();
-}
+StandardPropertyDialog::~StandardPropertyDialog() = default;
 
 int32_t StandardPropertyDialog::Show(bool modal)
 {
@@ -82,7 +71,7 @@ KelText StandardPropertyDialog::PlacementKeyPath() const
 
 BOOL StandardPropertyDialog::OnInitDialog()
 {
-    tabs = GetDlgItem(Handle(), kPropertyTabsId);
+    tabs.Attach(GetDlgItem(Handle(), kPropertyTabsId));
     current = -1;
     PropertyDialog::OnInitDialog();
 
@@ -105,17 +94,15 @@ void StandardPropertyDialog::SetUpButtons()
     // The dictionary has these texts; without one the buttons still read well.
     auto ensureText = [this](int id, int32_t number, const char16_t* fallback)
     {
-        HWND button = GetDlgItem(Handle(), id);
-        if (button && GetWindowTextLengthW(button) == 0)
-            SetWindowTextW(button, AsWide(TextOr(number, fallback)));
+        if (ControlText(id).IsEmpty())
+            SetControlText(id, DictTextOr(number, fallback));
     };
-    ensureText(IDOK, 47, u"OK");
-    ensureText(IDCANCEL, 48, u"Cancel");
-    ensureText(kPropertyApplyId, 9711, u"&Apply");
-    ShowWindow(GetDlgItem(Handle(), kPropertyApplyId), showApply ? SW_SHOW : SW_HIDE);
-    HWND extra = GetDlgItem(Handle(), kPropertyExtraId);
-    SetWindowTextW(extra, AsWide(extraCaption));
-    ShowWindow(extra, showExtra ? SW_SHOW : SW_HIDE);
+    ensureText(IDOK, kTextOk, u"OK");
+    ensureText(IDCANCEL, kTextCancel, u"Cancel");
+    ensureText(kPropertyApplyId, kTextApply, u"&Apply");
+    ShowControl(kPropertyApplyId, showApply);
+    SetControlText(kPropertyExtraId, extraCaption);
+    ShowControl(kPropertyExtraId, showExtra);
 }
 
 void StandardPropertyDialog::SetInitialSize()
@@ -134,22 +121,17 @@ void StandardPropertyDialog::SetInitialSize()
         units = kDefaultPage;
     RECT area = DialogUnitsToPixels(RECT{0, 0, units.cx, units.cy});
     // Wide enough for every tab in one row.
-    const auto tabCount = int32_t(SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0));
-    RECT lastTab = {};
-    if (tabCount > 0 && SendMessageW(tabs, TCM_GETITEMRECT, WPARAM(tabCount - 1),
-                                     reinterpret_cast<LPARAM>(&lastTab)))
-        area.right = std::max<LONG>(area.right, lastTab.right + DialogUnitsToPixelsX(kGap));
+    if (tabs.Count() > 0)
+        area.right = std::max<LONG>(area.right, tabs.ItemRect(tabs.Count() - 1).right +
+                                                    DialogUnitsToPixelsX(kGap));
     // The tab control around that area, then margins and the button row.
-    SendMessageW(tabs, TCM_ADJUSTRECT, TRUE, reinterpret_cast<LPARAM>(&area));
+    area = tabs.RectForDisplay(area);
     int32_t width = (area.right - area.left) + 2 * DialogUnitsToPixelsX(kMargin);
     // Wide enough for the buttons, the extra one set apart by a wider gap.
     int32_t buttons = 0;
     for (int id : {IDOK, IDCANCEL, kPropertyApplyId, kPropertyExtraId})
-    {
-        HWND button = GetDlgItem(Handle(), id);
-        if (button && (GetWindowLongPtrW(button, GWL_STYLE) & WS_VISIBLE))
+        if (IsControlVisible(id))
             ++buttons;
-    }
     const int32_t rowUnits = 2 * kMargin + buttons * kButtonWidth + (buttons + 2) * kGap;
     width = std::max(width, DialogUnitsToPixelsX(rowUnits));
     int32_t height = (area.bottom - area.top) + 2 * DialogUnitsToPixelsY(kMargin) +
@@ -182,7 +164,7 @@ void StandardPropertyDialog::SetInitialSize()
 
 void StandardPropertyDialog::OnSizeChanged(int32_t width, int32_t height)
 {
-    if (!tabs)
+    if (!tabs.Handle())
         return;
     const int32_t marginX = DialogUnitsToPixelsX(kMargin);
     const int32_t marginY = DialogUnitsToPixelsY(kMargin);
@@ -202,15 +184,13 @@ void StandardPropertyDialog::OnSizeChanged(int32_t width, int32_t height)
     int32_t right = width - marginX;
     for (int id : {kPropertyApplyId, IDCANCEL, IDOK})
     {
-        HWND button = GetDlgItem(Handle(), id);
-        // The button's own style: the dialog itself may still be hidden.
-        if (!button || !(GetWindowLongPtrW(button, GWL_STYLE) & WS_VISIBLE))
+        if (!IsControlVisible(id))
             continue;
-        place(button, right - buttonWidth, buttonTop, buttonWidth, buttonHeight);
+        place(GetDlgItem(Handle(), id), right - buttonWidth, buttonTop, buttonWidth, buttonHeight);
         right -= buttonWidth + gapX;
     }
     place(GetDlgItem(Handle(), kPropertyExtraId), marginX, buttonTop, buttonWidth, buttonHeight);
-    place(tabs, marginX, marginY, width - 2 * marginX,
+    place(tabs.Handle(), marginX, marginY, width - 2 * marginX,
           buttonTop - DialogUnitsToPixelsY(kGap) - marginY);
     if (moves)
         EndDeferWindowPos(moves);
@@ -221,12 +201,10 @@ void StandardPropertyDialog::OnSizeChanged(int32_t width, int32_t height)
 
 RECT StandardPropertyDialog::PageArea() const
 {
-    RECT area = {};
-    if (!tabs)
-        return area;
-    GetClientRect(tabs, &area);
-    SendMessageW(tabs, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&area));
-    MapWindowPoints(tabs, Handle(), reinterpret_cast<POINT*>(&area), 2);
+    if (!tabs.Handle())
+        return RECT{};
+    RECT area = tabs.DisplayArea(tabs.ClientRect());
+    MapWindowPoints(tabs.Handle(), Handle(), reinterpret_cast<POINT*>(&area), 2);
     return area;
 }
 
@@ -260,10 +238,9 @@ bool StandardPropertyDialog::SelectPage(int32_t index)
     current = index;
     if (PageState(index) == 0)
         SetPageState(index, 1);
-    if (SendMessageW(tabs, TCM_GETCURSEL, 0, 0) != index)
-        SendMessageW(tabs, TCM_SETCURSEL, WPARAM(index), 0);
+    tabs.Select(index);
     if (focusLeaves)
-        SetFocus(tabs);
+        tabs.Focus();
     return true;
 }
 
@@ -288,16 +265,13 @@ bool StandardPropertyDialog::BringPageToFront(PropertyPage* page)
 
 void StandardPropertyDialog::InsertTab(int32_t index)
 {
-    TCITEMW item = {};
-    item.mask = TCIF_TEXT;
-    item.pszText = const_cast<wchar_t*>(AsWide(Page(index)->Title()));
-    SendMessageW(tabs, TCM_INSERTITEMW, WPARAM(index), reinterpret_cast<LPARAM>(&item));
+    tabs.Insert(index, Page(index)->Title());
 }
 
 void StandardPropertyDialog::OnPageAdded(int32_t index)
 {
     // Pages added before the window exists get their tabs when it is made.
-    if (tabs && Handle())
+    if (tabs.Handle() && Handle())
     {
         InsertTab(index);
         if (current < 0)
@@ -308,12 +282,8 @@ void StandardPropertyDialog::OnPageAdded(int32_t index)
 void StandardPropertyDialog::OnPageTitleChanged(PropertyPage* page)
 {
     int32_t index = IndexOf(page);
-    if (!tabs || index < 0)
-        return;
-    TCITEMW item = {};
-    item.mask = TCIF_TEXT;
-    item.pszText = const_cast<wchar_t*>(AsWide(page->Title()));
-    SendMessageW(tabs, TCM_SETITEMW, WPARAM(index), reinterpret_cast<LPARAM>(&item));
+    if (tabs.Handle() && index >= 0)
+        tabs.SetItemText(index, page->Title());
 }
 
 // --- buttons -----------------------------------------------------------------------
@@ -322,11 +292,8 @@ void StandardPropertyDialog::SetExtraButton(const KelText& caption, int32_t show
 {
     extraCaption = caption;
     showExtra = show != 0;
-    if (HWND extra = Handle() ? GetDlgItem(Handle(), kPropertyExtraId) : nullptr)
-    {
-        SetWindowTextW(extra, AsWide(extraCaption));
-        ShowWindow(extra, showExtra ? SW_SHOW : SW_HIDE);
-    }
+    SetControlText(kPropertyExtraId, extraCaption);
+    ShowControl(kPropertyExtraId, showExtra);
 }
 
 void StandardPropertyDialog::OnExtraButton()
@@ -368,9 +335,9 @@ bool StandardPropertyDialog::OnCommand(int32_t id, int32_t code, HWND control)
 
 bool StandardPropertyDialog::OnNotify(NMHDR& header, LRESULT& result)
 {
-    if (header.hwndFrom == tabs && header.code == TCN_SELCHANGE)
+    if (header.hwndFrom == tabs.Handle() && header.code == TCN_SELCHANGE)
     {
-        SelectPage(int32_t(SendMessageW(tabs, TCM_GETCURSEL, 0, 0)));
+        SelectPage(tabs.Selection());
         result = 0;
         return true;
     }
@@ -414,6 +381,12 @@ INT_PTR StandardPropertyDialog::DialogProc(UINT message, WPARAM wParam, LPARAM l
     default:
         return PropertyDialog::DialogProc(message, wParam, lParam);
     }
+}
+
+void StandardPropertyDialog::OnHandleDestroyed()
+{
+    tabs.Attach(nullptr);
+    PropertyDialog::OnHandleDestroyed();
 }
 
 int StandardPropertyDialog::ShowCommand() const

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "framework/PropertyDialog.h"
+#include "framework/TabControl.h"
 
 // The application's tabbed property dialog: a resizable top-level dialog with
 // a tab control that shows the pages in the order added, OK (the dialog
@@ -68,6 +69,7 @@ protected:
     INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnSizeChanged(int32_t width, int32_t height) override;
     int ShowCommand() const override;
+    void OnHandleDestroyed() override;
 
 private:
     void InsertTab(int32_t index);
@@ -79,7 +81,7 @@ private:
     bool RestorePlacement();
     void SavePlacement();
 
-    HWND tabs = nullptr;
+    TabControl tabs;
     int32_t current = -1;
     int32_t pageView;
     bool showApply;

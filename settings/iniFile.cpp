@@ -10,12 +10,10 @@
 #include "text/CodePage.h"
 #include "text/FileSystem.h"
 #include "text/TextHolder.h"
+#include "text/TextNumbers.h"
 
 namespace
 {
-// Dictionary text shown when the settings file cannot be written.
-constexpr int32_t kWriteFailedText = 240;
-
 constexpr char16_t kReplacement = 0xFFFD;
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
@@ -188,7 +186,7 @@ void iniFile::ReportWriteFailure(int32_t report) const
     AppServices* services = GetAppServices();
     if (!services)
         return;
-    const char16_t* message = DictText(kWriteFailedText);
+    const char16_t* message = DictText(kTextFileNotWritable);
     services->ReportError(KelText(message), path);
 }
 
@@ -215,6 +213,14 @@ int32_t iniFile::ReadAll(const char16_t* section, const char16_t* key, int32_t)
 
 int32_t iniFile::WriteAll(const char16_t* section, const char16_t* key, int32_t report)
 {
+    // Callers of WriteAll learn nothing of a failure (the report, when asked
+    // for, has told the user); SaveEntries tells.
+    SaveEntries(section, key, report);
+    return 1;
+}
+
+int32_t iniFile::SaveEntries(const char16_t* section, const char16_t* key, int32_t report)
+{
     // The bytes just read are the content to put back should the write fail.
     std::string previous;
     bool known = false;
@@ -229,7 +235,7 @@ int32_t iniFile::WriteAll(const char16_t* section, const char16_t* key, int32_t 
                 // empty document would replace its contents.
                 ReportWriteFailure(report);
                 Clear();
-                return 1;
+                return 0;
             }
             Clear();
             loaded = 1;
@@ -240,9 +246,9 @@ int32_t iniFile::WriteAll(const char16_t* section, const char16_t* key, int32_t 
     for (int32_t i = entries.Count() - 1; i >= 0; --i)
         if (iniStruct* entry = entries[i]; Matches(*entry, section, key))
             entry->Write(lines);
-    SaveOver(known ? &previous : nullptr, report);
+    const int32_t saved = SaveOver(known ? &previous : nullptr, report);
     Clear();
-    return 1;
+    return saved;
 }
 
 // ---------------------------------------------------------------------------

@@ -74,6 +74,10 @@ public:
     // becomes a new one. Always answers 1; only report reaches the save.
     int32_t WriteAll(const char16_t* section = nullptr, const char16_t* key = nullptr,
                      int32_t report = 0);
+    // The same write, answering whether the file was written: 1 when it was,
+    // 0 when it could not be (the file then keeps its previous content).
+    int32_t SaveEntries(const char16_t* section = nullptr, const char16_t* key = nullptr,
+                        int32_t report = 0);
     // Appends to out: with no section, the names of all sections (lines that
     // begin with "[" and whose first "]" is their last character), in file
     // order; with a section and no key, the text before the first "=" of each

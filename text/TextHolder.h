@@ -145,3 +145,12 @@ inline const char16_t* DictText(int32_t number)
 {
     return TextHolder::Instance().Text(number);
 }
+
+// The dictionary's text of that number, or `fallback` when the dictionary
+// has none (or only an empty one): for the toolkit's own windows, which must
+// read well also before a dictionary is loaded.
+inline KelText DictTextOr(int32_t number, const char16_t* fallback)
+{
+    const char16_t* text = TextHolder::Instance().Text(number, true);
+    return KelText(text && *text ? text : fallback);
+}

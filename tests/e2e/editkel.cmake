@@ -6,7 +6,8 @@ kel_add_test(e2e_editkel
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/editkel/EditKelScenarios.cpp
     LIBS uidriver
     TIMEOUT 300
-    LABELS e2e)
+    LABELS e2e
+    LOCKS editkel-release-branch)
 add_dependencies(e2e_editkel EditKel dictionary)
 target_compile_definitions(e2e_editkel PRIVATE
     KEL_EDITKEL="$<TARGET_FILE:EditKel>"

@@ -241,8 +241,8 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int)
     {
         StandardPropertyDialog dialog(nullptr, u"Toolkit Demo - Brindlecove", 0, 1,
                                       NumberAfter(commandLine, u"/page=", 0), u"ToolkitDemo");
-        dialog.AddPage(new SamplePage(&dialog));
-        dialog.AddPage(new EditMsgManager(&dialog));
+        dialog.MakePage<SamplePage>();
+        dialog.MakePage<EditMsgManager>();
         dialog.SetStyleBits(WS_MINIMIZEBOX);
         dialog.SetExtraButton(DictText(163), 1);
         if (int32_t closeAfter = NumberAfter(commandLine, u"/close=", 0); closeAfter > 0)

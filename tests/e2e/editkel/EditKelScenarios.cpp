@@ -5,6 +5,8 @@
 // reaches the registry with plain Win32 calls rather than the product's code.
 #include "tools/uidriver/UiDriver.h"
 
+#include "app/Version.h"
+
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
@@ -18,7 +20,7 @@ namespace fs = std::filesystem;
 namespace
 {
 const wchar_t BranchPath[] = L"Software\\Orvantix\\Brindlecove 2023";
-const wchar_t Version[] = L" Config Editor - 23.0.1.1019 2023";
+const std::wstring Version = L" Config Editor - " + Wide(KEL_VERSION_TEXT);
 const int PickerList = 602;
 const int SwitchTree = 1335;
 
@@ -129,10 +131,10 @@ TEST_F(EditKel, PlotwiseDemoOpensTheTitledDialogAndOkSaves)
     EXPECT_NE(rows[0][1].find(L"kel-e2e\\Demo"), std::wstring::npos);
 
     HWND dialog = PickConfiguration(editor, L"Plotwise", L"Demo");
-    EXPECT_EQ(Text(dialog), L"Plotwise Config Editor - 23.0.1.1019 2023");
+    EXPECT_EQ(Text(dialog), L"Plotwise" + Version);
     EXPECT_TRUE(GetWindowLongPtrW(dialog, GWL_STYLE) & WS_MINIMIZEBOX);
 
-    // Switch off one message and confirm: only that switch is written.
+    // Switch off one message and confirm: every switch is written, as shown.
     HWND tree = Control(dialog, SwitchTree);
     const TreeItem item = FindTreeItem(tree, L"Specification invalid");
     EXPECT_TRUE(item.checked);
@@ -141,7 +143,8 @@ TEST_F(EditKel, PlotwiseDemoOpensTheTitledDialogAndOkSaves)
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
     EXPECT_EQ(PromptValue(L"BadSpec"), 0);
-    EXPECT_EQ(PromptValue(L"BadCostTables"), -1);
+    EXPECT_EQ(PromptValue(L"BadCostTables"), 1);
+    EXPECT_EQ(PromptValue(L"ConnectorLocks"), 1);
 }
 
 TEST_F(EditKel, CancelWritesNothing)
@@ -170,7 +173,7 @@ TEST_F(EditKel, LedgerlineListsOnlyQuorlinConfigurations)
     ASSERT_EQ(ListRowCount(list), 1);
     EXPECT_EQ(ListCell(list, 0, 0), L"Demo");
     DoubleClickListRow(list, 0);
-    HWND dialog = editor.WaitForWindow(L"Ledgerline Config Editor - 23.0.1.1019 2023");
+    HWND dialog = editor.WaitForWindow(L"Ledgerline" + Version);
     Screenshot(L"dialog", dialog);
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
@@ -201,7 +204,7 @@ TEST_F(EditKel, CancelledPickerKeepsTheStartFolder)
               ERROR_SUCCESS);
     TargetProcess editor = StartEditKel(L"-app=Cutwise");
     Press(Control(editor.WaitForWindow(L"Select Configuration - Cutwise"), IDCANCEL));
-    HWND dialog = editor.WaitForWindow(L"Cutwise Config Editor - 23.0.1.1019 2023");
+    HWND dialog = editor.WaitForWindow(L"Cutwise" + Version);
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
 }

@@ -37,8 +37,7 @@ class Modal : public ToolkitTest
 TEST_F(BoundControls, OnlyWhatTheUserChangedIsWritten)
 {
     StandardPropertyDialog dialog(nullptr, u"Bound", 0, 1, 0, KelText());
-    auto* page = new BoundPage(&dialog);
-    dialog.AddPage(page);
+    auto* page = dialog.MakePage<BoundPage>();
     ASSERT_EQ(dialog.Show(false), 1);
     HWND check = GetDlgItem(page->Handle(), kCheckId);
     HWND combo = GetDlgItem(page->Handle(), kComboId);
@@ -73,8 +72,7 @@ TEST_F(BoundControls, EmptyDialogAndPageWithoutBindingsAccept)
     EXPECT_TRUE(empty.IsApplied());
 
     StandardPropertyDialog dialog(nullptr, u"Plain", 0, 1, 0, KelText());
-    auto* plain = new PropertyPage(&dialog, kSecondPage, u"Plain");
-    dialog.AddPage(plain);
+    auto* plain = dialog.MakePage<PropertyPage>(kSecondPage, u"Plain");
     ASSERT_EQ(dialog.Show(false), 1);
     EXPECT_FALSE(plain->IsApplied());
     EXPECT_EQ(plain->ApplyPage(0, kApplyConfirm, 0), 0);
@@ -89,8 +87,7 @@ TEST_F(Modal, EnterConfirmsAndADestroyedDialogLeavesTheModalStack)
 
     // Enter in a page's edit presses the default button, OK.
     auto dialog = std::make_unique<StandardPropertyDialog>(&owner, u"Modal", 0, 1, 0, KelText());
-    auto* page = new CountingPage(dialog.get(), kSecondPage, u"Page");
-    dialog->AddPage(page);
+    auto* page = dialog->MakePage<CountingPage>(kSecondPage, u"Page");
     bool ownerDisabled = false;
     AfterStart(
         [&]
@@ -108,7 +105,7 @@ TEST_F(Modal, EnterConfirmsAndADestroyedDialogLeavesTheModalStack)
 
     // A modal dialog destroyed from outside ends its loop all the same.
     dialog = std::make_unique<StandardPropertyDialog>(&owner, u"Modal", 0, 1, 0, KelText());
-    dialog->AddPage(new CountingPage(dialog.get(), kSecondPage, u"Page"));
+    dialog->MakePage<CountingPage>(kSecondPage, u"Page");
     AfterStart([&] { DestroyWindow(dialog->Handle()); });
     dialog->Show(true);
     EXPECT_FALSE(dialog->Exists());

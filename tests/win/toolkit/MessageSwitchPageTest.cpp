@@ -31,10 +31,11 @@ protected:
     EditMsgManager& Open()
     {
         dialog = std::make_unique<StandardPropertyDialog>(nullptr, u"Switches", 0, 1, 0, KelText());
-        auto* page = new EditMsgManager(dialog.get());
-        dialog->AddPage(page);
+        auto page = std::make_unique<EditMsgManager>(dialog.get());
+        EditMsgManager& made = *page;
+        dialog->AddPage(std::move(page));
         dialog->Show(false);
-        return *page;
+        return made;
     }
     HWND Tree(EditMsgManager& page) { return GetDlgItem(page.Handle(), kMessageSwitchTreeId); }
     std::vector<HTREEITEM> Rows(HWND tree)
@@ -104,6 +105,7 @@ TEST_F(SwitchPage, TicksRoundTripThroughTheRegistry)
     ASSERT_EQ(Stored(u"BadSpec", value), RegistryRead::Ok);
     EXPECT_EQ(value, 1u);
     EXPECT_TRUE(app.IsSwitchShown(4));
+    // A row whose switch is no longer registered is skipped.
     EXPECT_EQ(Stored(u"ProjectInfoDifferent", value), RegistryRead::Absent);
 
     // The next time the page shows the stored states; ticking 5 again stores 1.
@@ -120,8 +122,39 @@ TEST_F(SwitchPage, TicksRoundTripThroughTheRegistry)
     ASSERT_EQ(Stored(u"BadCostTables", value), RegistryRead::Ok);
     EXPECT_EQ(value, 1u);
     EXPECT_TRUE(app.IsSwitchShown(5));
-    // Rows the user left alone stay as they were stored (here: not at all).
-    EXPECT_EQ(Stored(u"ProjectInfoDifferent", value), RegistryRead::Absent);
+    // OK stores every row, also the ones the user left alone.
+    ASSERT_EQ(Stored(u"ProjectInfoDifferent", value), RegistryRead::Ok);
+    EXPECT_EQ(value, 1u);
+    ASSERT_EQ(Stored(u"BadSpec", value), RegistryRead::Ok);
+    EXPECT_EQ(value, 1u);
+}
+
+TEST_F(SwitchPage, OkStoresUntouchedRowsAsDwordsAndCancelStoresNothing)
+{
+    // A state kept as a string reads as switched off.
+    RegistryKey prompts;
+    ASSERT_TRUE(prompts.Create(app.SwitchKeyPath()));
+    ASSERT_TRUE(prompts.WriteString(u"BadSpec", u"1"));
+
+    EditMsgManager& page = Open();
+    std::vector<HTREEITEM> rows = Rows(Tree(page));
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_FALSE(Ticked(Tree(page), rows[1]));
+    Click(dialog->Handle(), IDCANCEL);
+    uint32_t value = 0;
+    EXPECT_EQ(Stored(u"BadCostTables", value), RegistryRead::Absent);
+    EXPECT_EQ(Stored(u"BadSpec", value), RegistryRead::OtherType);
+
+    Open();
+    Click(dialog->Handle(), IDOK);
+    ASSERT_FALSE(dialog->Exists());
+    ASSERT_EQ(Stored(u"BadSpec", value), RegistryRead::Ok);
+    EXPECT_EQ(value, 0u);
+    for (const char16_t* name : {u"BadCostTables", u"ProjectInfoDifferent"})
+    {
+        ASSERT_EQ(Stored(name, value), RegistryRead::Ok);
+        EXPECT_EQ(value, 1u);
+    }
 }
 
 TEST_F(SwitchPage, TreeGrowsWithTheDialog)

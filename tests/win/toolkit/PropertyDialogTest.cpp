@@ -21,8 +21,7 @@ protected:
     {
         for (int32_t id : {kFirstPage, kSecondPage, kThirdPage})
         {
-            pages.push_back(new CountingPage(dialog.get(), id, u"Page"));
-            dialog->AddPage(pages.back());
+            pages.push_back(dialog->MakePage<CountingPage>(id, u"Page"));
         }
     }
     HWND Window() const { return dialog->Handle(); }
@@ -135,7 +134,9 @@ TEST_F(Dialog, ApplyTakesTheCurrentPageAndCancelWritesNothing)
 
 TEST_F(Dialog, TemplatesTakeDictionaryTextsAndMissingPagesAreLeftOut)
 {
-    EXPECT_EQ(dialog->AddPage(new CountingPage(dialog.get(), kMissingTemplate, u"Gone")), -1);
+    EXPECT_EQ(
+        dialog->AddPage(std::make_unique<CountingPage>(dialog.get(), kMissingTemplate, u"Gone")),
+        -1);
     EXPECT_EQ(dialog->PageCount(), 3);
     dialog->SetExtraButton(u"&Help", 1);
     ASSERT_EQ(dialog->Show(false), 1);
@@ -170,8 +171,7 @@ TEST_F(Dialog, TemplatesTakeDictionaryTextsAndMissingPagesAreLeftOut)
 TEST_F(PageLayout, ListGrowsAndButtonsKeepTheirEdgeAndCallbacksArrive)
 {
     StandardPropertyDialog dialog(nullptr, u"Layout", 0, 1, 0, KelText());
-    auto* page = new ListPage(&dialog);
-    dialog.AddPage(page);
+    auto* page = dialog.MakePage<ListPage>();
     ASSERT_EQ(dialog.Show(false), 1);
     HWND list = page->list->Handle();
     HWND button = page->button->Handle();
@@ -220,7 +220,7 @@ TEST_F(Placement, IsRememberedAndKeptOnTheScreen)
     RECT placed = {};
     {
         StandardPropertyDialog dialog(nullptr, u"Placement", 0, 1, 0, key);
-        dialog.AddPage(new CountingPage(&dialog, kSecondPage, u"Page"));
+        dialog.MakePage<CountingPage>(kSecondPage, u"Page");
         ASSERT_EQ(dialog.Show(false), 1);
         RECT start = {};
         GetWindowRect(dialog.Handle(), &start);
@@ -239,7 +239,7 @@ TEST_F(Placement, IsRememberedAndKeptOnTheScreen)
 
     {
         StandardPropertyDialog dialog(nullptr, u"Placement", 0, 1, 0, key);
-        dialog.AddPage(new CountingPage(&dialog, kSecondPage, u"Page"));
+        dialog.MakePage<CountingPage>(kSecondPage, u"Page");
         ASSERT_EQ(dialog.Show(false), 1);
         RECT restored = {};
         GetWindowRect(dialog.Handle(), &restored);
@@ -256,7 +256,7 @@ TEST_F(Placement, IsRememberedAndKeptOnTheScreen)
     ASSERT_TRUE(writable.WriteDword(u"Left", uint32_t(-5000)));
     ASSERT_TRUE(writable.WriteDword(u"Top", 90000));
     StandardPropertyDialog dialog(nullptr, u"Placement", 0, 1, 0, key);
-    dialog.AddPage(new CountingPage(&dialog, kSecondPage, u"Page"));
+    dialog.MakePage<CountingPage>(kSecondPage, u"Page");
     ASSERT_EQ(dialog.Show(false), 1);
     RECT onScreen = {};
     GetWindowRect(dialog.Handle(), &onScreen);
