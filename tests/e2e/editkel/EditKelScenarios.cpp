@@ -1,111 +1,18 @@
 // EditKel.exe as a user meets it: started with a product on its command line,
 // a configuration picked in the picker, the dialog confirmed or cancelled.
 // Every scenario starts from an empty "Brindlecove 2023" registry branch and
-// shared documents folder of the test prefix (no other test uses them), and
-// reaches the registry with plain Win32 calls rather than the product's code.
-#include "tools/uidriver/UiDriver.h"
+// shared documents folder of the test prefix (see EditKelSession.h).
+#include "tests/e2e/support/EditKelSession.h"
 
-#include "app/Version.h"
-
-#include <gtest/gtest.h>
-#include <shlobj.h>
-
-#include <filesystem>
-#include <fstream>
-
-using namespace UiDriver;
+using namespace EditKelSession;
 using namespace std::chrono_literals;
-namespace fs = std::filesystem;
 
 namespace
 {
-const wchar_t BranchPath[] = L"Software\\Orvantix\\Brindlecove 2023";
-const std::wstring Version = L" Config Editor - " + Wide(KEL_VERSION_TEXT);
-const int PickerList = 602;
-const int SwitchTree = 1335;
+const std::wstring Version = TitleTail;
 
-std::wstring TestName()
+class EditKel : public Scenario
 {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    return Wide(info->name());
-}
-
-void Screenshot(const wchar_t* what, HWND window = nullptr)
-{
-    SaveScreenshot(WindowsPath(KEL_SCREENSHOT_DIR) + L"\\editkel-" + TestName() + L"-" + what +
-                       L".png",
-                   window);
-}
-
-fs::path SharedDocuments()
-{
-    wchar_t path[MAX_PATH] = {};
-    SHGetFolderPathW(nullptr, CSIDL_COMMON_DOCUMENTS, nullptr, 0, path);
-    return fs::path(path) / L"Orvantix" / L"Brindlecove 2023";
-}
-
-// A fresh copy of the demo configuration, in a folder of the test's own.
-fs::path DemoCopy(const wchar_t* name)
-{
-    wchar_t temp[MAX_PATH] = {};
-    GetTempPathW(MAX_PATH, temp);
-    const fs::path folder = fs::path(temp) / L"kel-e2e" / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    fs::copy(fs::path(WindowsPath(KEL_DEMO_DIR)), folder, fs::copy_options::recursive);
-    return folder;
-}
-
-void RegisterConfiguration(const wchar_t* product, const wchar_t* name, const fs::path& folder)
-{
-    const std::wstring key = std::wstring(BranchPath) + L"\\" + product + L"\\Configurations";
-    const std::wstring value = folder.wstring() + L"\\";
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), name, REG_SZ, value.c_str(),
-                              DWORD((value.size() + 1) * sizeof(wchar_t))),
-              ERROR_SUCCESS);
-}
-
-// A DWORD of the application's "COMMON\PROMPTS" key, or -1 when it is absent.
-long long PromptValue(const wchar_t* name)
-{
-    const std::wstring key = std::wstring(BranchPath) + L"\\COMMON\\PROMPTS";
-    DWORD value = 0, size = sizeof value;
-    if (RegGetValueW(HKEY_CURRENT_USER, key.c_str(), name, RRF_RT_REG_DWORD, nullptr, &value,
-                     &size) != ERROR_SUCCESS)
-        return -1;
-    return value;
-}
-
-TargetProcess StartEditKel(const std::wstring& arguments)
-{
-    const std::wstring program = WindowsPath(KEL_EDITKEL);
-    return TargetProcess::Start(program, arguments, fs::path(program).parent_path().wstring());
-}
-
-class EditKel : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        RegDeleteTreeW(HKEY_CURRENT_USER, BranchPath);
-        std::error_code ignored;
-        fs::remove_all(SharedDocuments(), ignored);
-    }
-    void TearDown() override { SetUp(); }
-
-    // Picks the row named `name` in the picker and confirms it; answers the
-    // configuration dialog that opens.
-    HWND PickConfiguration(TargetProcess& editor, const wchar_t* product, const wchar_t* name)
-    {
-        HWND picker = editor.WaitForWindow(std::wstring(L"Select Configuration - ") + product);
-        HWND list = Control(picker, PickerList);
-        const int row = FindListRow(list, name);
-        EXPECT_GE(row, 0) << "no row " << Utf8(name);
-        SelectListRow(list, row);
-        Screenshot(L"picker", picker);
-        Press(Control(picker, IDOK));
-        return editor.WaitForWindow(product + std::wstring(Version));
-    }
 };
 } // namespace
 
@@ -197,7 +104,7 @@ TEST_F(EditKel, CancelledPickerWithoutStartFolderEndsWithTheErrorBox)
 TEST_F(EditKel, CancelledPickerKeepsTheStartFolder)
 {
     const fs::path demo = DemoCopy(L"Demo");
-    const std::wstring key = std::wstring(BranchPath) + L"\\Cutwise";
+    const std::wstring key = UserKey(L"Cutwise");
     const std::wstring folder = demo.wstring();
     ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"StartIn", REG_SZ, folder.c_str(),
                               DWORD((folder.size() + 1) * sizeof(wchar_t))),

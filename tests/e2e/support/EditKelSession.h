@@ -1,0 +1,246 @@
+#pragma once
+// EditKel.exe as the end-to-end scenarios meet it: a fixture that starts every
+// scenario from an empty "Brindlecove <release>" registry branch of the current
+// user and an empty shared documents folder of the test prefix (the programs
+// that use this fixture take the ctest lock "editkel-release-branch"), copies
+// of the demo configuration, the editor started with a command line, the
+// picker confirmed, and plain Win32 reads of what reached the registry and the
+// settings files (never through the product's own code).
+//
+// Programs that include this header define KEL_EDITKEL (the program),
+// KEL_DEMO_DIR (samples/Demo) and KEL_SCREENSHOT_DIR.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <shlobj.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "app/Version.h"
+#include "tools/uidriver/UiDriver.h"
+
+namespace EditKelSession
+{
+namespace fs = std::filesystem;
+using namespace UiDriver;
+
+// The current user's branch of the release, below HKEY_CURRENT_USER.
+inline const std::wstring BranchPath = L"Software\\Orvantix\\Brindlecove " + Wide(KEL_RELEASE);
+// What follows the product in the dialog's title.
+inline const std::wstring TitleTail = L" Config Editor - " + Wide(KEL_VERSION_TEXT);
+inline constexpr int PickerList = 602;
+inline constexpr int SwitchTree = 1335;
+inline constexpr int TabsId = 20101;
+inline constexpr int ApplyId = 20102;
+
+inline std::wstring TestName()
+{
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    return Wide(info->test_suite_name()) + L"-" + Wide(info->name());
+}
+
+// Saves <build>/screenshots/<prefix>-<suite>-<test>-<what>.png.
+inline void Screenshot(const wchar_t* what, HWND window = nullptr,
+                       const wchar_t* prefix = L"editkel")
+{
+    SaveScreenshot(WindowsPath(KEL_SCREENSHOT_DIR) + L"\\" + prefix + L"-" + TestName() + L"-" +
+                       what + L".png",
+                   window);
+}
+
+inline fs::path SharedDocuments()
+{
+    wchar_t path[MAX_PATH] = {};
+    SHGetFolderPathW(nullptr, CSIDL_COMMON_DOCUMENTS, nullptr, 0, path);
+    return fs::path(path) / L"Orvantix" / (L"Brindlecove " + Wide(KEL_RELEASE));
+}
+
+// A fresh copy of the demo configuration, in a folder of the test's own.
+inline fs::path DemoCopy(const wchar_t* name)
+{
+    wchar_t temp[MAX_PATH] = {};
+    GetTempPathW(MAX_PATH, temp);
+    const fs::path folder = fs::path(temp) / L"kel-e2e" / name;
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    fs::copy(fs::path(WindowsPath(KEL_DEMO_DIR)), folder, fs::copy_options::recursive);
+    return folder;
+}
+
+// The full key below HKEY_CURRENT_USER: the branch, then `sub` when given.
+inline std::wstring UserKey(const std::wstring& sub = {})
+{
+    return sub.empty() ? BranchPath : BranchPath + L"\\" + sub;
+}
+
+inline void RegisterConfiguration(const wchar_t* product, const wchar_t* name,
+                                  const fs::path& folder)
+{
+    const std::wstring key = UserKey(std::wstring(product) + L"\\Configurations");
+    const std::wstring value = folder.wstring() + L"\\";
+    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), name, REG_SZ, value.c_str(),
+                              DWORD((value.size() + 1) * sizeof(wchar_t))),
+              ERROR_SUCCESS);
+}
+
+// --- registry values of the current user (key relative to the branch) ---------
+inline void WriteString(const std::wstring& key, const wchar_t* name, const std::wstring& value)
+{
+    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, REG_SZ, value.c_str(),
+                              DWORD((value.size() + 1) * sizeof(wchar_t))),
+              ERROR_SUCCESS);
+}
+inline void WriteDword(const std::wstring& key, const wchar_t* name, DWORD value)
+{
+    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, REG_DWORD, &value,
+                              sizeof value),
+              ERROR_SUCCESS);
+}
+// The string, or nothing when the value is absent or no string.
+inline std::optional<std::wstring> ReadString(const std::wstring& key, const wchar_t* name)
+{
+    wchar_t buffer[4096] = {};
+    DWORD size = sizeof buffer;
+    if (RegGetValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, RRF_RT_REG_SZ, nullptr, buffer,
+                     &size) != ERROR_SUCCESS)
+        return std::nullopt;
+    return std::wstring(buffer);
+}
+// The DWORD, or -1 when the value is absent or no DWORD.
+inline long long ReadDword(const std::wstring& key, const wchar_t* name)
+{
+    DWORD value = 0, size = sizeof value;
+    if (RegGetValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, RRF_RT_REG_DWORD, nullptr,
+                     &value, &size) != ERROR_SUCCESS)
+        return -1;
+    return value;
+}
+// A DWORD of the application's "COMMON\PROMPTS" key, or -1 when it is absent.
+inline long long PromptValue(const wchar_t* name)
+{
+    return ReadDword(L"COMMON\\PROMPTS", name);
+}
+
+// --- settings files -------------------------------------------------------------
+inline std::string FileBytes(const fs::path& path)
+{
+    std::string bytes;
+    if (HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+        file != INVALID_HANDLE_VALUE)
+    {
+        char chunk[4096];
+        DWORD read = 0;
+        while (ReadFile(file, chunk, sizeof chunk, &read, nullptr) && read > 0)
+            bytes.append(chunk, read);
+        CloseHandle(file);
+    }
+    return bytes;
+}
+
+// The value of a key of a settings file (UTF-16 with its mark, UTF-8 with its
+// mark, else the ANSI code page), trimmed; nothing when the key is missing.
+// Section and key match without regard to case, as the editor reads them.
+inline std::optional<std::wstring> SettingsValue(const fs::path& path, std::wstring_view section,
+                                                 std::wstring_view key)
+{
+    const std::string bytes = FileBytes(path);
+    std::wstring text;
+    if (bytes.size() >= 2 && uint8_t(bytes[0]) == 0xFF && uint8_t(bytes[1]) == 0xFE)
+        text.assign(reinterpret_cast<const wchar_t*>(bytes.data() + 2), (bytes.size() - 2) / 2);
+    else
+    {
+        const bool utf8 = bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
+        const std::string body = utf8 ? bytes.substr(3) : bytes;
+        const UINT codePage = utf8 ? CP_UTF8 : CP_ACP;
+        text.resize(body.size());
+        text.resize(size_t(MultiByteToWideChar(codePage, 0, body.data(), int(body.size()),
+                                               text.data(), int(text.size()))));
+    }
+    auto same = [](std::wstring_view a, std::wstring_view b)
+    {
+        return a.size() == b.size() && CompareStringOrdinal(a.data(), int(a.size()), b.data(),
+                                                            int(b.size()), TRUE) == CSTR_EQUAL;
+    };
+    auto trim = [](std::wstring_view s)
+    {
+        const size_t first = s.find_first_not_of(L" \t");
+        if (first == std::wstring_view::npos)
+            return std::wstring();
+        return std::wstring(s.substr(first, s.find_last_not_of(L" \t") - first + 1));
+    };
+    bool inSection = false;
+    size_t at = 0;
+    while (at <= text.size())
+    {
+        size_t end = text.find(L'\n', at);
+        if (end == std::wstring::npos)
+            end = text.size();
+        std::wstring_view line(text.data() + at, end - at);
+        if (!line.empty() && line.back() == L'\r')
+            line.remove_suffix(1);
+        at = end + 1;
+        if (!line.empty() && line.front() == L'[')
+        {
+            inSection = line.size() == section.size() + 2 && line.back() == L']' &&
+                        same(line.substr(1, section.size()), section);
+            continue;
+        }
+        const size_t equals = line.find(L'=');
+        if (inSection && equals != std::wstring_view::npos && same(line.substr(0, equals), key))
+            return trim(line.substr(equals + 1));
+    }
+    return std::nullopt;
+}
+
+// --- the editor ---------------------------------------------------------------------
+inline TargetProcess StartEditKel(const std::wstring& arguments)
+{
+    const std::wstring program = WindowsPath(KEL_EDITKEL);
+    return TargetProcess::Start(program, arguments, fs::path(program).parent_path().wstring());
+}
+
+class Scenario : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        RegDeleteTreeW(HKEY_CURRENT_USER, BranchPath.c_str());
+        std::error_code ignored;
+        fs::remove_all(SharedDocuments(), ignored);
+    }
+    void TearDown() override { SetUp(); }
+
+    // Picks the row named `name` in the picker and confirms it; answers the
+    // configuration dialog that opens.
+    HWND PickConfiguration(TargetProcess& editor, const wchar_t* product, const wchar_t* name)
+    {
+        HWND picker = editor.WaitForWindow(std::wstring(L"Select Configuration - ") + product);
+        HWND list = Control(picker, PickerList);
+        const int row = FindListRow(list, name);
+        EXPECT_GE(row, 0) << "no row " << Utf8(name);
+        SelectListRow(list, row);
+        Screenshot(L"picker", picker);
+        Press(Control(picker, IDOK));
+        return editor.WaitForWindow(product + TitleTail);
+    }
+
+    // Registers a fresh demo copy for `product` as "Demo", starts the editor
+    // with "-app=<product>" and `extra` and confirms the picker; `dialog` is
+    // the configuration dialog that opens.
+    TargetProcess OpenDemo(const wchar_t* product, HWND& dialog, const std::wstring& extra = {})
+    {
+        demo = DemoCopy(L"Demo");
+        RegisterConfiguration(product, L"Demo", demo);
+        TargetProcess editor =
+            StartEditKel(L"-app=" + std::wstring(product) + (extra.empty() ? L"" : L" " + extra));
+        dialog = PickConfiguration(editor, product, L"Demo");
+        return editor;
+    }
+
+    // The demo copy of the last OpenDemo.
+    fs::path demo;
+};
+} // namespace EditKelSession
