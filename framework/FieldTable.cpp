@@ -35,31 +35,36 @@ StoredField& FieldTable::Add(std::unique_ptr<StoredField> field)
     return *fields.back();
 }
 
+namespace
+{
+std::unique_ptr<StoredField> NewField(StoredField::Kind kind, FieldBranch branch,
+                                      const KelText& place, const KelText& name, SaveRule rule)
+{
+    auto field = std::make_unique<StoredField>();
+    field->kind = kind;
+    field->branch = branch;
+    field->place = place;
+    field->name = name;
+    field->rule = rule;
+    return field;
+}
+} // namespace
+
 StoredField& FieldTable::Dword(FieldBranch branch, const KelText& subKey, const KelText& name,
                                int32_t* member, int32_t defaultValue, SaveRule rule)
 {
-    auto field = std::make_unique<StoredField>();
-    field->kind = StoredField::Kind::Dword;
-    field->branch = branch;
-    field->place = subKey;
-    field->name = name;
+    auto field = NewField(StoredField::Kind::Dword, branch, subKey, name, rule);
     field->number = member;
     field->defaultNumber = defaultValue;
-    field->rule = rule;
     return Add(std::move(field));
 }
 
 StoredField& FieldTable::String(FieldBranch branch, const KelText& subKey, const KelText& name,
                                 KelText* member, const KelText& defaultValue, SaveRule rule)
 {
-    auto field = std::make_unique<StoredField>();
-    field->kind = StoredField::Kind::String;
-    field->branch = branch;
-    field->place = subKey;
-    field->name = name;
+    auto field = NewField(StoredField::Kind::String, branch, subKey, name, rule);
     field->text = member;
     field->defaultText = defaultValue;
-    field->rule = rule;
     return Add(std::move(field));
 }
 
@@ -67,15 +72,10 @@ StoredField& FieldTable::Choice(FieldBranch branch, const KelText& subKey, const
                                 int32_t* member, std::vector<const char16_t*> options,
                                 int32_t defaultIndex, SaveRule rule)
 {
-    auto field = std::make_unique<StoredField>();
-    field->kind = StoredField::Kind::Choice;
-    field->branch = branch;
-    field->place = subKey;
-    field->name = name;
+    auto field = NewField(StoredField::Kind::Choice, branch, subKey, name, rule);
     field->number = member;
     field->options = std::move(options);
     field->defaultNumber = defaultIndex;
-    field->rule = rule;
     return Add(std::move(field));
 }
 
@@ -87,10 +87,8 @@ void FieldTable::OpenDocument(const KelText& path)
 StoredField& FieldTable::SettingsString(const KelText& section, const KelText& key, KelText* member,
                                         const KelText& defaultValue)
 {
-    auto field = std::make_unique<StoredField>();
-    field->kind = StoredField::Kind::SettingsString;
-    field->place = section;
-    field->name = key;
+    auto field = NewField(StoredField::Kind::SettingsString, FieldBranch::Product, section, key,
+                          SaveRule::Always);
     field->text = member;
     field->defaultText = defaultValue;
     if (document)
@@ -101,10 +99,8 @@ StoredField& FieldTable::SettingsString(const KelText& section, const KelText& k
 StoredField& FieldTable::SettingsChoice(const KelText& section, const KelText& key, int32_t* member,
                                         std::vector<const char16_t*> options, int32_t defaultIndex)
 {
-    auto field = std::make_unique<StoredField>();
-    field->kind = StoredField::Kind::SettingsChoice;
-    field->place = section;
-    field->name = key;
+    auto field = NewField(StoredField::Kind::SettingsChoice, FieldBranch::Product, section, key,
+                          SaveRule::Always);
     field->number = member;
     field->options = std::move(options);
     field->defaultNumber = defaultIndex;
