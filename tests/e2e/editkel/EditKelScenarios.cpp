@@ -42,7 +42,7 @@ TEST_F(EditKel, PlotwiseDemoOpensTheTitledDialogAndOkSaves)
     EXPECT_TRUE(GetWindowLongPtrW(dialog, GWL_STYLE) & WS_MINIMIZEBOX);
 
     // Switch off one message and confirm: every switch is written, as shown.
-    HWND tree = Control(dialog, SwitchTree);
+    HWND tree = ShowSwitchTree(dialog);
     const TreeItem item = FindTreeItem(tree, L"Specification invalid");
     EXPECT_TRUE(item.checked);
     SetTreeItemChecked(tree, item.handle, false);
@@ -59,7 +59,7 @@ TEST_F(EditKel, CancelWritesNothing)
     RegisterConfiguration(L"Shopwise", L"Demo", DemoCopy(L"Demo"));
     TargetProcess editor = StartEditKel(L"-app=Shopwise");
     HWND dialog = PickConfiguration(editor, L"Shopwise", L"Demo");
-    HWND tree = Control(dialog, SwitchTree);
+    HWND tree = ShowSwitchTree(dialog);
     SetTreeItemChecked(tree, FindTreeItem(tree, L"Cost tables missing or invalid").handle, false);
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);

@@ -123,6 +123,15 @@ inline long long PromptValue(const wchar_t* name)
     return ReadDword(L"COMMON\\PROMPTS", name);
 }
 
+// Brings the message-switch page (always the last tab) to the front and
+// answers its tree of switches.
+inline HWND ShowSwitchTree(HWND dialog)
+{
+    HWND tabs = Control(dialog, TabsId);
+    ClickTab(tabs, int(TabTexts(tabs).size()) - 1);
+    return Control(dialog, SwitchTree);
+}
+
 // --- settings files -------------------------------------------------------------
 inline std::string FileBytes(const fs::path& path)
 {

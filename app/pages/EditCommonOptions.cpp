@@ -1,0 +1,228 @@
+#include "app/pages/EditCommonOptions.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "app/pages/PageIds.h"
+#include "framework/AppEntry.h"
+#include "framework/BitmapButton.h"
+#include "framework/Control.h"
+#include "framework/RegistryKey.h"
+#include "text/FileSystem.h"
+#include "text/TextHolder.h"
+#include "text/TextNumbers.h"
+
+namespace
+{
+const char16_t kEnglish[] = u"English";
+const char16_t kStartInKey[] = u"Start In";
+const char16_t kStartInFolder[] = u"Folder";
+const char16_t kLoginKey[] = u"Login";
+const char16_t kAutoLogin[] = u"Auto Login";
+constexpr int32_t kBrowseImage = 12;
+
+// `folder` joined with a file name, with one separator between them.
+KelText InFolder(const KelText& folder, const KelText& name)
+{
+    KelText path = folder;
+    const char16_t last = path.IsEmpty() ? u'/' : path.At(path.Length());
+    if (last != u'/' && last != u'\\')
+        path += u"/";
+    return path + name;
+}
+} // namespace
+
+// --- CommonOptionsValues -------------------------------------------------------------
+
+CommonOptionsValues::CommonOptionsValues(const KelText& productName, const KelText& fileName)
+    : product(productName), settingsFileName(fileName), fields(productName)
+{
+    // The per-user switches, always written, in this order.
+    switches[0] = &fields.Dword(FieldBranch::Application, u"COMMON", u"VirtualItemFolders",
+                                &virtualItemFolders, 0, SaveRule::Always);
+    switches[1] = &fields.Dword(FieldBranch::Application, u"COMMON", u"RegionalCSV", &regionalCsv,
+                                0, SaveRule::Always);
+    switches[2] = &fields.Dword(FieldBranch::Application, u"COMMON", u"CachePatterns",
+                                &cachePatterns, 1, SaveRule::Always);
+    switches[3] = &fields.Dword(FieldBranch::Application, u"COMMON", u"FancyToolbars",
+                                &fancyToolbars, 0, SaveRule::Always);
+
+    fields.OpenDocument(SettingsPath());
+    fields.SettingsChoice(u"GENERAL", u"NUMPAD", &numpad, {u"OFF", u"ON"}, 0);
+
+    // The start folder is kept only while it is in use; the language "English"
+    // is kept as no value (Save empties it first).
+    startInField = &fields
+                        .String(FieldBranch::Product, KelText(), u"StartIn", &startFolder,
+                                KelText(), SaveRule::DeleteWhenEmpty)
+                        .KeptWhile(&useStartFolder);
+    languageField = &fields.String(FieldBranch::Product, KelText(), u"Language", &language,
+                                   KelText(), SaveRule::DeleteWhenEmpty);
+}
+
+KelText CommonOptionsValues::SettingsPath() const
+{
+    AppEntry* app = GetAppEntry();
+    return InFolder(app ? app->SettingsFolder() : KelText(), settingsFileName);
+}
+
+bool CommonOptionsValues::IsPlotwise() const
+{
+    return product == u"Plotwise";
+}
+
+void CommonOptionsValues::Load()
+{
+    fields.Load();
+
+    // Plotwise also knows an older place for the start folder.
+    if (IsPlotwise() && startFolder.IsEmpty())
+    {
+        RegistryKey older(fields.KeyPath(FieldBranch::Application, kStartInKey));
+        if (older.IsOpen())
+            older.ReadString(kStartInFolder, startFolder);
+    }
+    if (language.IsEmpty())
+        language = kEnglish;
+
+    autoLogin = 0;
+    RegistryKey login(fields.KeyPath(FieldBranch::Product, kLoginKey));
+    KelText autoLoginText;
+    if (login.IsOpen() && login.ReadString(kAutoLogin, autoLoginText) == RegistryRead::Ok &&
+        !autoLoginText.IsEmpty())
+        autoLogin = 1;
+
+    autoLoginAtLoad = autoLogin;
+    useStartFolder = startFolder.IsEmpty() ? 0 : 1;
+}
+
+PageReport CommonOptionsValues::Save()
+{
+    PageReport report;
+    if (language.SameAs(kEnglish))
+        language = KelText();
+
+    const bool documentSaved = fields.SaveDocument();
+    fields.Save(*languageField);
+
+    const bool startInUsed = useStartFolder != 0 && !startFolder.IsEmpty();
+    const bool startInWritten = fields.Save(*startInField);
+    if (startInUsed)
+    {
+        // The program looks for its settings in the start folder: say so when
+        // they are not there. The value stays written.
+        if (startInWritten && documentSaved &&
+            !GetFileSystem().Exists(InFolder(startFolder, settingsFileName)))
+        {
+            KelText message;
+            message.Format(u"%s \"%s\"\n\n%s", DictText(kTextStartFolderLacksFile),
+                           startFolder.c_str(), DictText(kTextStartFolderSaved));
+            report = PageReport::Notice(message, KelText(DictText(kTextEditorCaption)),
+                                        MB_OK | MB_ICONEXCLAMATION);
+        }
+    }
+    else if (IsPlotwise())
+    {
+        const KelText olderPath = fields.KeyPath(FieldBranch::Application, kStartInKey);
+        if (RegistryKey::Exists(olderPath))
+        {
+            RegistryKey older(olderPath, RegistryKey::Access::Write);
+            older.DeleteValue(kStartInFolder);
+        }
+    }
+
+    if (autoLoginAtLoad != 0 && autoLogin == 0)
+    {
+        const KelText loginPath = fields.KeyPath(FieldBranch::Product, kLoginKey);
+        if (RegistryKey::Exists(loginPath))
+        {
+            RegistryKey login(loginPath, RegistryKey::Access::Write);
+            login.DeleteValue(kAutoLogin);
+        }
+    }
+
+    for (StoredField* field : switches)
+        fields.Save(*field);
+
+    // The language control shows "English" again after the save.
+    if (language.IsEmpty())
+        language = kEnglish;
+    return report;
+}
+
+// --- EditCommonOptions ---------------------------------------------------------------
+
+EditCommonOptions::EditCommonOptions(Window* owner, const KelText& product,
+                                     const KelText& settingsFileName)
+    : PropertyPage(owner, TemplateName(kCommonOptionsTemplate), KelText()),
+      values(product, settingsFileName), startFolderGroup(*this)
+{
+    values.Load();
+    SetTitle(KelText(DictText(kTextCommonOptionsTitle)));
+}
+
+EditCommonOptions::~EditCommonOptions() = default;
+
+int32_t EditCommonOptions::InitPage()
+{
+    AddControl<CheckBox>(kCommonAutoLogin, &values.autoLogin);
+    ToolTips();
+    CheckBox& useStartFolder = AddControl<CheckBox>(kCommonUseStartFolder, &values.useStartFolder);
+    AddControl<EditBox>(kCommonStartFolder, &values.startFolder);
+    AddControl<BitmapButton>(kCommonBrowse, kBrowseImage, [this] { Browse(); });
+    startFolderGroup.Link(useStartFolder, {kCommonStartFolder, kCommonBrowse});
+
+    ComboBox& languages = AddControl<ComboBox>(kCommonLanguage, &values.language);
+    const TextHolder& dictionary = TextHolder::Instance();
+    // Every language of the dictionary, each once; "English" is always there.
+    std::vector<KelText> names{KelText(kEnglish)};
+    for (int32_t position = -1; position < dictionary.LanguageCount(); ++position)
+    {
+        const KelText name(dictionary.LanguageName(position));
+        if (!name.IsEmpty() &&
+            std::none_of(names.begin(), names.end(),
+                         [&name](const KelText& known) { return known.SameAs(name); }))
+            names.push_back(name);
+    }
+    for (const KelText& name : names)
+        languages.AddItem(name);
+
+    AddControl<CheckBox>(kCommonVirtualFolders, &values.virtualItemFolders);
+    AddControl<CheckBox>(kCommonCachePatterns, &values.cachePatterns);
+    AddControl<CheckBox>(kCommonFancyToolbars, &values.fancyToolbars);
+    AddControl<CheckBox>(kCommonRegionalCsv, &values.regionalCsv);
+    AddControl<CheckBox>(kCommonNumpad, &values.numpad);
+
+    LoadBoundValues();
+    startFolderGroup.Update();
+    // Automatic login can be switched off here but never on.
+    if (values.autoLogin == 0)
+        EnableControl(kCommonAutoLogin, false);
+    return 0;
+}
+
+int32_t EditCommonOptions::ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags)
+{
+    if (const int32_t answer = PropertyPage::ApplyPage(pageIndex, reason, flags))
+        return answer;
+    return Report(values.Save());
+}
+
+void EditCommonOptions::Browse()
+{
+    if (Control* edit = FindControl(kCommonStartFolder))
+        edit->StoreValue();
+    KelText start = values.startFolder;
+    if (start.IsEmpty())
+        if (AppEntry* app = GetAppEntry())
+            start = app->SettingsFolder();
+    KelText chosen;
+    if (BrowseFolder(KelText(DictText(kTextStartFolderTitle)), start, chosen))
+    {
+        values.startFolder = chosen;
+        if (Control* edit = FindControl(kCommonStartFolder))
+            edit->LoadValue();
+    }
+}

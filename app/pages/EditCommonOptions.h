@@ -1,0 +1,79 @@
+#pragma once
+#include <cstdint>
+
+#include "framework/EnableGroup.h"
+#include "framework/FieldTable.h"
+#include "framework/PageReport.h"
+#include "framework/PropertyPage.h"
+#include "text/KelText.h"
+
+// The options that apply to the user rather than to one configuration: the
+// start folder, the display language, automatic login and four per-user
+// switches, all in the user's registry branch, plus the numeric keypad mode
+// of the settings file ("GENERAL", "NUMPAD"). No window is needed: the page
+// binds its controls to these members, and the deployment tool and the tests
+// use the class on its own.
+class CommonOptionsValues
+{
+public:
+    // `settingsFileName` is the product's settings file ("KEL.INI" or
+    // "QUORLIN.INI") in the application's settings folder.
+    CommonOptionsValues(const KelText& product, const KelText& settingsFileName);
+
+    // Reads every value; missing ones keep their defaults.
+    void Load();
+    // Writes every value back. The answer never refuses: it is the start-
+    // folder warning when a start folder was written that does not hold the
+    // settings file, else nothing.
+    PageReport Save();
+
+    const KelText& ProductName() const { return product; }
+    const KelText& SettingsFileName() const { return settingsFileName; }
+    // The settings file the keypad mode is kept in (its full path).
+    KelText SettingsPath() const;
+
+    // The language as stored; "English" stands for no stored value.
+    KelText language;
+    KelText startFolder;
+    int32_t useStartFolder = 0;
+    int32_t virtualItemFolders = 0;
+    int32_t regionalCsv = 0;
+    int32_t cachePatterns = 1;
+    int32_t fancyToolbars = 0;
+    // Index into "OFF", "ON".
+    int32_t numpad = 0;
+    // Automatic login can be switched off here, never on: only a change from
+    // on (at load) to off deletes the stored value.
+    int32_t autoLogin = 0;
+    int32_t autoLoginAtLoad = 0;
+
+private:
+    bool IsPlotwise() const;
+
+    KelText product;
+    KelText settingsFileName;
+    FieldTable fields;
+    // The four per-user switches of "COMMON", in the order they are written.
+    StoredField* switches[4] = {};
+    StoredField* languageField = nullptr;
+    StoredField* startInField = nullptr;
+};
+
+// The common options page (template 504), shown for every product.
+class EditCommonOptions : public PropertyPage
+{
+public:
+    EditCommonOptions(Window* owner, const KelText& product, const KelText& settingsFileName);
+    ~EditCommonOptions() override;
+
+    int32_t InitPage() override;
+    int32_t ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags) override;
+
+    CommonOptionsValues& Values() { return values; }
+
+private:
+    void Browse();
+
+    CommonOptionsValues values;
+    EnableGroup startFolderGroup;
+};

@@ -1,0 +1,119 @@
+// The common options page as a user works it in EditKel.exe: the tabs in
+// order, options changed and saved with OK, the same changes cancelled, and
+// the page in English and German.
+#include "tests/e2e/support/EditKelSession.h"
+
+using namespace EditKelSession;
+
+namespace
+{
+constexpr int AutoLogin = 803;
+constexpr int UseStartFolder = 822;
+constexpr int StartFolder = 816;
+constexpr int Language = 820;
+constexpr int VirtualFolders = 833;
+constexpr int CachePatterns = 834;
+constexpr int RegionalCsv = 839;
+constexpr int Numpad = 802;
+
+class CommonOptions : public Scenario
+{
+protected:
+    // Brings the tab named `tab` (the common options page) to the front;
+    // answers the page.
+    HWND ShowPage(const wchar_t* tab)
+    {
+        ClickTab(Control(dialog, TabsId), tab);
+        return GetParent(Control(dialog, Numpad));
+    }
+    HWND dialog = nullptr;
+};
+} // namespace
+
+TEST_F(CommonOptions, LedgerlineTabsAndChangesSavedWithOk)
+{
+    TargetProcess editor = OpenDemo(L"Ledgerline", dialog);
+    HWND page = ShowPage(L"Common Options");
+    EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
+              (std::vector<std::wstring>{L"Program Paths", L"Common Options", L"Message Prompts"}));
+
+    // The demo's QUORLIN.INI has the keypad mode on; nothing else is stored.
+    EXPECT_TRUE(IsChecked(Control(page, Numpad)));
+    EXPECT_TRUE(IsChecked(Control(page, CachePatterns)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, AutoLogin)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, StartFolder)));
+    EXPECT_EQ(Text(Control(page, Language)), L"English");
+    const std::vector<std::wstring> languages = ComboItems(Control(page, Language));
+    EXPECT_EQ(languages, (std::vector<std::wstring>{L"Deutsch", L"English", L"Français"}));
+
+    SetChecked(Control(page, Numpad), false);
+    SetChecked(Control(page, RegionalCsv), true);
+    SetChecked(Control(page, CachePatterns), false);
+    SelectComboItem(Control(page, Language), L"Deutsch");
+    // The start folder: the demo folder itself holds the settings file.
+    SetChecked(Control(page, UseStartFolder), true);
+    EXPECT_TRUE(IsWindowEnabled(Control(page, StartFolder)));
+    SetText(Control(page, StartFolder), demo.wstring() + L"\\");
+    Screenshot(L"page", dialog, L"common");
+    Press(Control(dialog, IDOK));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+
+    EXPECT_EQ(SettingsValue(demo / L"QUORLIN.INI", L"GENERAL", L"NUMPAD"), L"OFF");
+    EXPECT_EQ(SettingsValue(demo / L"QUORLIN.INI", L"SCANNER", L"PORT"), L"COM3");
+    EXPECT_EQ(ReadDword(L"COMMON", L"RegionalCSV"), 1);
+    EXPECT_EQ(ReadDword(L"COMMON", L"CachePatterns"), 0);
+    EXPECT_EQ(ReadDword(L"COMMON", L"VirtualItemFolders"), 0);
+    EXPECT_EQ(ReadDword(L"COMMON", L"FancyToolbars"), 0);
+    EXPECT_EQ(ReadString(L"Ledgerline", L"Language"), L"Deutsch");
+    EXPECT_EQ(ReadString(L"Ledgerline", L"StartIn"), demo.wstring() + L"\\");
+}
+
+TEST_F(CommonOptions, ShopwiseChangesCancelledWriteNothing)
+{
+    TargetProcess editor = OpenDemo(L"Shopwise", dialog);
+    HWND page = ShowPage(L"Common Options");
+    const std::string before = FileBytes(demo / L"KEL.INI");
+    SetChecked(Control(page, Numpad), true);
+    SetChecked(Control(page, VirtualFolders), true);
+    SelectComboItem(Control(page, Language), L"Français");
+    Press(Control(dialog, IDCANCEL));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+
+    EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
+    HKEY common = nullptr;
+    EXPECT_NE(RegOpenKeyExW(HKEY_CURRENT_USER, UserKey(L"COMMON").c_str(), 0, KEY_READ, &common),
+              ERROR_SUCCESS);
+    EXPECT_FALSE(ReadString(L"Shopwise", L"Language").has_value());
+}
+
+TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
+{
+    TargetProcess editor = OpenDemo(L"Shopwise", dialog);
+    HWND page = ShowPage(L"Common Options");
+    const std::wstring elsewhere = (demo / L"Reports").wstring() + L"\\";
+    SetChecked(Control(page, UseStartFolder), true);
+    SetText(Control(page, StartFolder), elsewhere);
+    Press(Control(dialog, IDOK));
+
+    HWND box = editor.WaitForMessageBox(L"Config Editor");
+    EXPECT_NE(MessageBoxText(box).find(L"\"" + elsewhere + L"\""), std::wstring::npos);
+    Screenshot(L"warning", box, L"common");
+    CloseMessageBox(box, IDOK);
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+    EXPECT_EQ(ReadString(L"Shopwise", L"StartIn"), elsewhere);
+}
+
+TEST_F(CommonOptions, GermanPage)
+{
+    demo = DemoCopy(L"Demo");
+    RegisterConfiguration(L"Shopwise", L"Demo", demo);
+    TargetProcess editor = StartEditKel(L"-app=Shopwise /l=Deutsch");
+    HWND picker = editor.WaitForWindow(L"Konfiguration ausw\u00e4hlen - Shopwise");
+    SelectListRow(Control(picker, PickerList), 0);
+    Press(Control(picker, IDOK));
+    dialog = editor.WaitForWindow(L"Shopwise" + TitleTail);
+    ShowPage(L"Allgemeine Optionen");
+    Screenshot(L"page", dialog, L"common");
+    Press(Control(dialog, IDCANCEL));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+}
