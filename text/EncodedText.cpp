@@ -160,14 +160,19 @@ bool EncodedText::Set(const void* source, int32_t sourceLength, uint32_t fromEnc
         Terminate();
         return true;
     }
+    // A conversion takes the source up to its terminator, whatever the length
+    // says. The units before it are measured here and converted without the
+    // terminator, so that a sequence cut off at the end cannot take the
+    // terminator with it.
     if (toEncoding == Utf16)
     {
         const char* narrow = static_cast<const char*>(source);
+        const int32_t units = int32_t(std::strlen(narrow));
         const int32_t size =
-            CodePage::ToWide(CodePageOf(fromEncoding), narrow, sourceLength, nullptr, 0);
+            units ? CodePage::ToWide(CodePageOf(fromEncoding), narrow, units, nullptr, 0) : 0;
         if (size < 1 || !Reserve(size))
             return false;
-        length = CodePage::ToWide(CodePageOf(fromEncoding), narrow, sourceLength,
+        length = CodePage::ToWide(CodePageOf(fromEncoding), narrow, units,
                                   reinterpret_cast<char16_t*>(storage), size);
         Terminate();
         return length > 0;
@@ -175,11 +180,12 @@ bool EncodedText::Set(const void* source, int32_t sourceLength, uint32_t fromEnc
     if (fromEncoding == Utf16)
     {
         const auto* wide = static_cast<const char16_t*>(source);
+        const int32_t units = KelText::Measure(wide);
         const int32_t size =
-            CodePage::FromWide(CodePageOf(toEncoding), wide, sourceLength, nullptr, 0);
+            units ? CodePage::FromWide(CodePageOf(toEncoding), wide, units, nullptr, 0) : 0;
         if (size < 1 || !Reserve(size))
             return false;
-        length = CodePage::FromWide(CodePageOf(toEncoding), wide, sourceLength, storage, size);
+        length = CodePage::FromWide(CodePageOf(toEncoding), wide, units, storage, size);
         Terminate();
         return length > 0;
     }

@@ -20,7 +20,7 @@ public:
     EncodedText() = default;
     EncodedText(const KelText& text, uint32_t encoding = Utf16);
     EncodedText(const char16_t* text, uint32_t encoding = Utf16);
-    // Narrow text in `fromEncoding` (Ansi or Utf8); length -1 measures up to the terminator.
+    // Terminated narrow text in `fromEncoding` (Ansi or Utf8); length -1 measures it.
     EncodedText(const char* text, int32_t length, uint32_t fromEncoding, uint32_t encoding = Utf16);
     EncodedText(const EncodedText& other);
     EncodedText(EncodedText&& other) noexcept;
@@ -28,9 +28,12 @@ public:
     EncodedText& operator=(EncodedText&& other) noexcept;
     ~EncodedText();
 
-    // Replaces the contents with `length` units of `source` (in fromEncoding),
-    // converted to toEncoding. A failed conversion leaves the text empty.
-    // Answers whether the text holds something afterwards.
+    // Replaces the contents with `source` (in fromEncoding) converted to
+    // toEncoding. A conversion between encodings takes the source up to its
+    // terminator, which it must have; `length` only tells whether there is
+    // anything (0: the text stays empty). Within one encoding `length` units
+    // are copied. A failed conversion leaves the text empty. Answers whether
+    // the text holds something afterwards.
     bool Set(const void* source, int32_t length, uint32_t fromEncoding, uint32_t toEncoding);
     // Converts the contents in place.
     bool ConvertTo(uint32_t toEncoding);

@@ -651,18 +651,19 @@ int32_t KelText::IntValue() const
 
 double KelText::RealValue() const
 {
-    // Only ASCII can take part in a number; copy the leading run.
+    // Only ASCII can take part in a number; copy the leading run, all of it:
+    // the fixed-point text of a large double runs to 300 digits and more.
     int32_t i = 0;
     while (i < length && IsBlank(buffer[i]))
         ++i;
-    char narrow[128];
-    int32_t n = 0;
     if (i < length && buffer[i] == u'+')
         ++i;
-    while (i < length && n < int32_t(sizeof narrow) - 1 && buffer[i] < 0x80 && buffer[i] > u' ')
-        narrow[n++] = char(buffer[i++]);
+    std::string narrow;
+    for (; i < length && buffer[i] < 0x80 && buffer[i] > u' '; ++i)
+        narrow += char(buffer[i]);
     double value = 0;
-    const auto result = std::from_chars(narrow, narrow + n, value, std::chars_format::general);
+    const auto result = std::from_chars(narrow.data(), narrow.data() + narrow.size(), value,
+                                        std::chars_format::general);
     if (result.ec != std::errc())
         return 0;
     return value;
@@ -673,7 +674,9 @@ double KelText::RealValue() const
 
 KelText KelText::FromUtf8(std::string_view text)
 {
-    EncodedText encoded(text.data(), int32_t(text.size()), EncodedText::Utf8);
+    // The conversion runs to a terminator, which a view need not have.
+    const std::string terminated(text);
+    EncodedText encoded(terminated.c_str(), int32_t(terminated.size()), EncodedText::Utf8);
     return encoded.ToText();
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "settings/iniFile.h"
 #include "tests/core/settings/SettingsTestSupport.h"
@@ -73,7 +74,10 @@ TEST(iniEntries, RealsIgnoreTheUsersDecimalMarkAndKeepEightPlaces)
     const DecimalMarkScope userMark(u',');
     double value = 0;
     iniReal entry(u"S", u"R", &value, nullptr);
-    for (const double sample : {1234.56789012, -0.00000001, 1e12 + 0.125, 0.1 + 0.2})
+    // Up to the largest doubles, whose fixed-point text runs to over 300 digits.
+    const double largest = std::numeric_limits<double>::max();
+    for (const double sample : {1234.56789012, -0.00000001, 1e12 + 0.125, 0.1 + 0.2, 1e126, 1e127,
+                                1e130, -1e200, largest, -largest, std::nextafter(largest, 0.0)})
     {
         value = sample;
         const KelText text = entry.GetText();

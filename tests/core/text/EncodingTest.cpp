@@ -150,8 +150,8 @@ TEST(EncodedText, ConvertsBetweenTheThreeEncodings)
 
     // Converting from its own storage.
     EncodedText self(u"xyz", EncodedText::Utf16);
-    EXPECT_TRUE(self.Set(self.Bytes(), 2, EncodedText::Utf16, EncodedText::Utf8));
-    EXPECT_STREQ(self.Bytes(), "xy");
+    EXPECT_TRUE(self.Set(self.Bytes(), 3, EncodedText::Utf16, EncodedText::Utf8));
+    EXPECT_STREQ(self.Bytes(), "xyz");
 
     EncodedText empty(u"", EncodedText::Utf8);
     EXPECT_EQ(empty.Length(), 0);
@@ -160,6 +160,41 @@ TEST(EncodedText, ConvertsBetweenTheThreeEncodings)
     EXPECT_EQ(EncodedText().ToText().RawBuffer(), nullptr);
     EXPECT_EQ(Show(KelText::FromUtf8("\xE2\x82\xAC!")), "\\u20AC!");
     EXPECT_EQ(KelText(u"\u00E9").ToUtf8(), "\xC3\xA9");
+}
+
+TEST(EncodedText, ConversionsRunToTheTerminatorWhateverTheLength)
+{
+    // "abé" and its terminator, then units that must not be taken.
+    const char utf8[] = "ab\xC3\xA9\0zz";
+    const char ansi[] = "ab\xE9\0zz";
+    const char16_t wide[] = u"ab\u00E9\0zz";
+    auto bytes = [](const EncodedText& text)
+    { return Hex(std::string(text.Bytes(), text.ByteCount())); };
+    for (const int32_t length : {1, 2, 7})
+    {
+        EncodedText text;
+        EXPECT_TRUE(text.Set(utf8, length, EncodedText::Utf8, EncodedText::Utf16));
+        EXPECT_EQ(Show(text.ToText()), "ab\\u00E9") << length;
+        EXPECT_TRUE(text.Set(ansi, length, EncodedText::Ansi, EncodedText::Utf16));
+        EXPECT_EQ(Show(text.ToText()), "ab\\u00E9") << length;
+        EXPECT_TRUE(text.Set(wide, length, EncodedText::Utf16, EncodedText::Utf8));
+        EXPECT_EQ(bytes(text), "61 62 C3 A9 ") << length;
+        EXPECT_TRUE(text.Set(wide, length, EncodedText::Utf16, EncodedText::Ansi));
+        EXPECT_EQ(bytes(text), "61 62 E9 ") << length;
+        EXPECT_TRUE(text.Set(utf8, length, EncodedText::Utf8, EncodedText::Ansi));
+        EXPECT_EQ(bytes(text), "61 62 E9 ") << length;
+    }
+    EncodedText text(u"x", EncodedText::Utf8);
+    EXPECT_FALSE(text.Set(utf8, 0, EncodedText::Utf8, EncodedText::Utf16)) << "length 0: nothing";
+    EXPECT_EQ(text.Length(), 0);
+    // Within one encoding the length still counts.
+    EXPECT_TRUE(text.Set(wide, 2, EncodedText::Utf16, EncodedText::Utf16));
+    EXPECT_EQ(Show(text.ToText()), "ab");
+    // A sequence cut off just before the terminator does not take it along.
+    EXPECT_TRUE(text.Set("a\xE0", 1, EncodedText::Utf8, EncodedText::Utf16));
+    EXPECT_EQ(Show(text.ToText()), "a\\uFFFD");
+    // A view holds no terminator: only its own bytes are converted.
+    EXPECT_EQ(Show(KelText::FromUtf8(std::string_view("abcdef", 3))), "abc");
 }
 
 TEST(TextArray, OutOfBoundsWritesAreReportedAndChangeNothing)
