@@ -194,7 +194,10 @@ void Archive::Value(KelText& text)
     const int32_t length = KelText::Measure(text.c_str());
     if (length == 0)
     {
-        WriteU32(0);
+        // Count 1 and the terminator alone, in the width of the archive's units.
+        const char16_t terminator = 0;
+        WriteU32(1);
+        Put(&terminator, (settings & NarrowTexts) ? 1 : sizeof terminator);
         return;
     }
     if (!(settings & NarrowTexts))

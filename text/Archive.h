@@ -45,7 +45,8 @@ using StorableFactory = Storable* (*)(uint32_t classTag);
 //     text            u32 count of units INCLUDING the terminating 0, then that
 //                     many units: UTF-16 (2 bytes each) or, in a narrow archive,
 //                     1 byte each. The last unit is 0 and no other unit is.
-//                     Count 0 is the empty text, with no units after it.
+//                     The empty text is written as count 1 and the 0 unit;
+//                     readers also take count 0, with no units, as empty.
 //     block boundary  u32 size: the number of bytes from the end of this field
 //                     to the end of the block. A block runs to the next
 //                     boundary of the same record or to the end of the record

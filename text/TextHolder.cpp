@@ -71,10 +71,28 @@ TextHolder& TextHolder::Instance()
 
 // --- lookups --------------------------------------------------------------------
 
+const char16_t* TextHolder::Lookup(int32_t number) const
+{
+    if (number < 0)
+        return nullptr;
+    uint32_t offset = 0;
+    if (size_t(number) < index.size())
+        offset = index[size_t(number)];
+    else
+    {
+        const auto found = std::lower_bound(
+            largeNumbers.begin(), largeNumbers.end(), uint32_t(number),
+            [](const LargeNumber& item, uint32_t wanted) { return item.number < wanted; });
+        if (found != largeNumbers.end() && found->number == uint32_t(number))
+            offset = found->offset;
+    }
+    return offset ? pool.data() + offset - 1 : nullptr;
+}
+
 const char16_t* TextHolder::Text(int32_t number, bool mayBeAbsent) const
 {
-    if (number >= 0 && number < Count() && index[size_t(number)] != 0)
-        return pool.data() + index[size_t(number)] - 1;
+    if (const char16_t* text = Lookup(number))
+        return text;
     if (mayBeAbsent)
         return nullptr;
     for (const Fallback& fallback : fallbacks)
@@ -88,9 +106,8 @@ const char16_t* TextHolder::ReferenceText(const char16_t* reference, bool mayBeA
     if (IsReference(reference))
     {
         int32_t used;
-        const int32_t number = ReadNumber(reference + 1, used);
-        if (number >= 0 && number < Count() && index[size_t(number)] != 0)
-            return pool.data() + index[size_t(number)] - 1;
+        if (const char16_t* text = Lookup(ReadNumber(reference + 1, used)))
+            return text;
     }
     return mayBeAbsent ? nullptr : KelText::EmptyText();
 }
@@ -233,6 +250,8 @@ void TextHolder::ReleaseTable()
 {
     std::vector<char16_t>().swap(pool);
     std::vector<uint32_t>().swap(index);
+    std::vector<LargeNumber>().swap(largeNumbers);
+    numberLimit = 0;
 }
 
 void TextHolder::Clear()
@@ -248,25 +267,41 @@ void TextHolder::Clear()
 
 bool TextHolder::AddToTable(uint32_t number, const KelText& text)
 {
-    if (number > MaxTextNumber)
-        return false;
-    // An empty text is no text: the number stays absent, so fallbacks apply.
-    if (text.IsEmpty())
-        return true;
-    if (number >= index.size())
-    {
-        // Grow by doubling so that numbers arriving in ascending order do not
-        // copy the index at every step.
-        if (number >= index.capacity())
-            index.reserve(std::min<size_t>(MaxTextNumber + 1,
-                                           std::max<size_t>(number + 1, index.capacity() * 2)));
-        index.resize(number + 1, 0);
-    }
+    // An empty text is kept as one: only a number without an entry is absent.
     if (pool.size() + size_t(text.Length()) + 1 > UINT32_MAX - 1)
         return false;
-    index[number] = uint32_t(pool.size()) + 1;
+    const uint32_t offset = uint32_t(pool.size()) + 1;
+    if (number < DirectNumbers)
+    {
+        if (number >= index.size())
+        {
+            // Grow by doubling so that numbers arriving in ascending order do
+            // not copy the index at every step.
+            if (number >= index.capacity())
+                index.reserve(std::min<size_t>(DirectNumbers,
+                                               std::max<size_t>(number + 1, index.capacity() * 2)));
+            index.resize(number + 1, 0);
+        }
+        index[number] = offset;
+    }
+    else
+        largeNumbers.push_back({number, offset});
+    numberLimit =
+        int32_t(std::max<int64_t>(numberLimit, std::min<int64_t>(int64_t(number) + 1, INT32_MAX)));
     pool.insert(pool.end(), text.c_str(), text.c_str() + text.Length() + 1);
     return true;
+}
+
+void TextHolder::FinishTable()
+{
+    std::stable_sort(largeNumbers.begin(), largeNumbers.end(),
+                     [](const LargeNumber& left, const LargeNumber& right)
+                     { return left.number < right.number; });
+    auto kept = largeNumbers.begin();
+    for (auto at = largeNumbers.begin(); at != largeNumbers.end(); ++at)
+        if (at + 1 == largeNumbers.end() || (at + 1)->number != at->number)
+            *kept++ = *at;
+    largeNumbers.erase(kept, largeNumbers.end());
 }
 
 bool TextHolder::Load(const KelText& fileName, const KelText& language, bool reportFailures)
@@ -370,6 +405,7 @@ bool TextHolder::ReadFrom(Archive& archive)
     }
     else if (!ReadEntriesCompact(archive))
         return false;
+    FinishTable();
 
     // c. the categories
     archive.Boundary();

@@ -17,14 +17,17 @@
 //   b. block boundary, owned list of TextEntry records (count and records);
 //   c. block boundary, owned list of TextCatagory records;
 //   d. block boundary, owned list of TextLanguage records.
-// Text numbers run from 0 to MaxTextNumber; a file with a larger number is
-// refused, so the index below never takes more than 4 MB.
+// Text numbers are any 32-bit unsigned values.
 //
 // Ordinary mode (any language but "all"): only a compact table is kept, a pool
-// of the chosen language's texts, each followed by a 0, and an index of 1-based
-// offsets into it, one per number (0: no text). Editing mode ("all") keeps
-// every entry (sorted by number), category (sorted by number) and language, and
-// fills the compact table with the default texts, so lookups work there too.
+// of the chosen language's texts, each followed by a 0, and 1-based offsets
+// into it (0: no text): an index with one slot per number for the numbers
+// below DirectNumbers, and a table sorted by number for the few larger ones,
+// so that a large number costs no more memory than a small one. An entry
+// whose text and default text are both empty keeps its empty text. Editing
+// mode ("all") keeps every entry (sorted by number), category (sorted by
+// number) and language, and fills the compact table with the default texts,
+// so lookups work there too.
 class TextHolder : public Storable
 {
 public:
@@ -33,7 +36,8 @@ public:
     static constexpr int32_t AllLanguages = 2147483647;
     static constexpr int32_t DefaultLanguage = -1;
     static constexpr int32_t NoLanguage = -2;
-    static constexpr uint32_t MaxTextNumber = 999999;
+    // Numbers below this have a slot of their own in the index (4 MB at most).
+    static constexpr uint32_t DirectNumbers = 1000000;
 
     TextHolder();
     ~TextHolder() override;
@@ -57,8 +61,9 @@ public:
     static bool IsReference(const char16_t* text) { return text && text[0] == u'^'; }
     // Whether a dictionary file has been loaded.
     bool IsLoaded() const { return loaded; }
-    // Index slots: one more than the highest number held, 0 when empty.
-    int32_t Count() const { return int32_t(index.size()); }
+    // One more than the highest number held, 0 when empty; at most INT32_MAX,
+    // since numbers are asked for as 32-bit signed values.
+    int32_t Count() const { return numberLimit; }
 
     // --- loading and saving ----------------------------------------------------
     // Loads `fileName` (resolved through the application's program folders when
@@ -124,6 +129,11 @@ private:
     bool WriteTo(Archive& archive);
     bool ReadEntriesCompact(Archive& archive);
     bool AddToTable(uint32_t number, const KelText& text);
+    // Sorts the table of large numbers once all are added; of equal numbers
+    // the one added last stays, as in the index.
+    void FinishTable();
+    // The text of a number in the compact table, or null.
+    const char16_t* Lookup(int32_t number) const;
     void ReleaseTable();
 
     PointerList<TextLanguage> languages;
@@ -131,8 +141,15 @@ private:
     PointerList<TextEntry> entries;
     PointerList<KelText> names;
     // The compact table of the current language.
+    struct LargeNumber
+    {
+        uint32_t number;
+        uint32_t offset;
+    };
     std::vector<char16_t> pool;
     std::vector<uint32_t> index;
+    std::vector<LargeNumber> largeNumbers;
+    int32_t numberLimit = 0; // see Count()
     KelText askedName;
     KelText fullPath;
     KelText askedLanguage;

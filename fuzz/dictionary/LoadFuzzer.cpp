@@ -71,8 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         Require(KelText(holder.Text(48)) == u"Cancel");
         return 0;
     }
-    for (int32_t number = -1; number <= holder.Count(); number += 1 + holder.Count() / 64)
-        Require(holder.Text(number) != nullptr);
+    // 64-bit steps: the count may be INT32_MAX.
+    for (int64_t number = -1; number <= holder.Count(); number += 1 + holder.Count() / 64)
+        Require(holder.Text(int32_t(number)) != nullptr);
     Require(holder.ReferenceText(u"^47") != nullptr);
 
     if (holder.LanguageSlot() == TextHolder::AllLanguages)

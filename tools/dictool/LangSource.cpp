@@ -181,11 +181,10 @@ bool ParseLangSource(const std::string& fileName, const std::string& bytes, Lang
         const size_t tab = line.find('\t');
         uint32_t number = 0;
         KelText text;
-        if (tab == std::string::npos ||
-            !ParseNumber(line.substr(0, tab), TextHolder::MaxTextNumber, number))
+        if (tab == std::string::npos || !ParseNumber(line.substr(0, tab), UINT32_MAX, number))
         {
             problems.push_back(Where(fileName, i + 1) +
-                               "expected number<TAB>text (a number from 0 to 999999 without "
+                               "expected number<TAB>text (a number from 0 to 4294967295 without "
                                "leading zeros)");
             continue;
         }

@@ -1,4 +1,6 @@
 #include <cstring>
+#include <iterator>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -79,21 +81,45 @@ TEST_F(DamagedFile, BadHeadersAreRefused)
     ExpectRefused(WithU32(valid, 16, 1000), u"English", "name count beyond the file");
 }
 
-TEST_F(DamagedFile, TextNumbersAreBounded)
+TEST_F(DamagedFile, LargeTextNumbersLoadLikeAnyOther)
 {
-    TextHolder big;
-    TextEntry* last = new TextEntry(TextHolder::MaxTextNumber);
-    last->DefaultText() = KelText(u"last");
-    big.AddEntry(last);
-    ASSERT_TRUE(big.Save(KelText(path)));
-    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"English"), true));
-    EXPECT_EQ(holder.Count(), int32_t(TextHolder::MaxTextNumber) + 1);
-    EXPECT_EQ(Utf8(holder.Text(int32_t(TextHolder::MaxTextNumber))), "last");
+    // Out of order and with one number twice: of equal numbers the later text
+    // wins, as for small numbers.
+    const uint32_t numbers[] = {UINT32_MAX, 999999, 1000000, INT32_MAX, 3000000, 1000000};
+    PointerList<TextEntry> entries;
+    for (size_t i = 0; i < std::size(numbers); ++i)
+    {
+        entries.Add(new TextEntry(numbers[i]));
+        entries.At(int32_t(i))->DefaultText() = KelText::FromUtf8("text " + std::to_string(i));
+    }
+    Archive archive;
+    archive.BeginWriting();
+    uint32_t noNames = 0, noObjects = 0;
+    archive.Value(noNames);
+    archive.Boundary();
+    archive.List(entries);
+    for (int block = 0; block < 2; ++block)
+    {
+        archive.Boundary();
+        archive.Value(noObjects);
+    }
+    ASSERT_TRUE(archive.SaveFile(KelText(path)));
 
-    last->SetNumber(TextHolder::MaxTextNumber + 1);
-    ASSERT_TRUE(big.Save(KelText(path)));
-    ExpectRefused(files.files[path], u"English", "number beyond the range");
-    ExpectRefused(files.files[path], u"all", "number beyond the range, editing");
+    for (const char16_t* language : {u"English", u"all"})
+    {
+        ASSERT_TRUE(holder.Load(KelText(path), KelText(language), true));
+        EXPECT_EQ(holder.Count(), INT32_MAX); // numbers beyond it cannot be asked for
+        EXPECT_EQ(Utf8(holder.Text(999999)), "text 1");
+        EXPECT_EQ(Utf8(holder.Text(1000000)), "text 5");
+        EXPECT_EQ(Utf8(holder.Text(3000000)), "text 4");
+        EXPECT_EQ(Utf8(holder.Text(INT32_MAX)), "text 3");
+        EXPECT_EQ(Utf8(holder.ReferenceText(u"^3000000")), "text 4");
+        EXPECT_EQ(holder.Text(1000001, true), nullptr);
+        EXPECT_EQ(holder.Text(2999999, true), nullptr);
+    }
+    ASSERT_NE(holder.FindEntry(UINT32_MAX), nullptr); // editing mode keeps every entry
+    EXPECT_EQ(holder.FindEntry(UINT32_MAX)->DefaultText().ToUtf8(), "text 0");
+    EXPECT_TRUE(services.errors.empty());
 }
 
 // Hand-made records: a language record nested `depth` deep through its list

@@ -1,6 +1,7 @@
 # Checks the language sources with dictool: complete in every language, and
 # build + dump (wide and narrow archives) give back every lang/*.txt byte for
-# byte. Finally a copy with a missing text must fail the check.
+# byte, also with text numbers of a million and more. Finally a copy with a
+# missing text must fail the check.
 #   cmake -D DICTOOL=... -D EMULATOR=... -D LANG_DIR=... -D WORK_DIR=... -P RoundTrip.cmake
 
 function(dictool expected)
@@ -45,6 +46,16 @@ foreach(variant wide narrow)
     dictool(0 dump ${WORK_DIR}/${variant}.ary ${WORK_DIR}/${variant})
     compare_folders(${LANG_DIR} ${WORK_DIR}/${variant})
 endforeach()
+
+# Text numbers of a million and more, up to the largest, build and dump like any other.
+file(COPY ${LANG_DIR}/ DESTINATION ${WORK_DIR}/large FILES_MATCHING PATTERN "*.txt")
+file(GLOB large_sources ${WORK_DIR}/large/*.txt)
+foreach(source IN LISTS large_sources)
+    file(APPEND ${source} "1000000\tMillion\n4294967295\tLast\n")
+endforeach()
+dictool(0 build ${WORK_DIR}/large ${WORK_DIR}/large.ary)
+dictool(0 dump ${WORK_DIR}/large.ary ${WORK_DIR}/large-dump)
+compare_folders(${WORK_DIR}/large ${WORK_DIR}/large-dump)
 
 # A language that lacks a text is reported, with the number.
 file(COPY ${LANG_DIR}/ DESTINATION ${WORK_DIR}/gap FILES_MATCHING PATTERN "*.txt")

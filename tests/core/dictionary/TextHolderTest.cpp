@@ -155,6 +155,59 @@ TEST_F(Dictionary, NarrowArchiveIsReopenedInItsFormat)
     }
 }
 
+TEST_F(Dictionary, EmptyTextsStayEmpty)
+{
+    // Texts 48 and 6069 have built-in fallbacks, but the file's empty texts
+    // win over them: 48 is empty in every language, 6069 has a German text only.
+    TextHolder empty;
+    empty.AddLanguage(new TextLanguage(KelText(u"English")));
+    empty.AddLanguage(new TextLanguage(KelText(u"Deutsch")));
+    empty.AddEntry(new TextEntry(48));
+    TextEntry* german = new TextEntry(6069);
+    german->SetText(1, KelText(u"Nie wieder"));
+    empty.AddEntry(german);
+    ASSERT_TRUE(empty.Save(KelText(u"empty.ary")));
+
+    for (const char16_t* language : {u"English", u"Deutsch", u"all"})
+    {
+        ASSERT_TRUE(Load(language, u"empty.ary"));
+        const std::string what = KelText(language).ToUtf8();
+        ASSERT_NE(holder.Text(48, true), nullptr) << what;
+        EXPECT_EQ(Utf8(holder.Text(48, true)), "") << what;
+        EXPECT_EQ(Utf8(holder.Text(48)), "") << what;
+        EXPECT_EQ(Utf8(holder.ReferenceText(u"^48", true)), "") << what;
+        EXPECT_EQ(Utf8(holder.Text(6069, true)), language[0] == u'D' ? "Nie wieder" : "") << what;
+        EXPECT_EQ(Utf8(holder.Text(47)), "Ok") << what; // absent: the fallback
+    }
+}
+
+TEST(DictionaryArchive, EmptyTextIsCountOneAndTheTerminator)
+{
+    for (const uint32_t flags : {0u, uint32_t(Archive::NarrowTexts)})
+    {
+        Archive writer;
+        writer.BeginWriting(flags);
+        KelText empty;
+        writer.Value(empty);
+        const std::string bytes = writer.Finish();
+        const size_t width = flags ? 1 : 2;
+        EXPECT_EQ(bytes.substr(Archive::HeaderSize),
+                  std::string("\x01\0\0\0", 4) + std::string(width, '\0'))
+            << flags;
+
+        // Read back; the count 0 of earlier files reads as the empty text too.
+        for (const std::string& body : {bytes.substr(Archive::HeaderSize), std::string(4, '\0')})
+        {
+            Archive reader;
+            ASSERT_TRUE(reader.OpenBytes(bytes.substr(0, Archive::HeaderSize) + body, flags));
+            KelText read(u"x");
+            reader.Value(read);
+            EXPECT_TRUE(reader.Ok()) << flags;
+            EXPECT_TRUE(read.IsEmpty()) << flags;
+        }
+    }
+}
+
 TEST_F(Dictionary, EditingModeKeepsAndSavesEveryObject)
 {
     ASSERT_TRUE(Load(u"all"));
