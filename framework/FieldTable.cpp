@@ -189,7 +189,7 @@ bool FieldTable::SaveDocument()
 
 bool FieldTable::Save(const StoredField& field)
 {
-    if (!field.IsRegistry() || field.rule == SaveRule::Manual)
+    if (!field.IsRegistry())
         return true;
     bool keep = !field.keptWhile || *field.keptWhile != 0;
     if (keep && field.rule == SaveRule::DeleteWhenEmpty)

@@ -18,7 +18,8 @@ enum class SaveRule : uint8_t
 {
     Always,          // written on every save, also when empty or 0
     DeleteWhenEmpty, // an empty text or 0 deletes the value; anything else is written
-    Manual,          // loaded with the table; the page's own code saves it
+    Manual,          // loaded with the table; saved (as Always) only when the page's own
+                     // code asks for it with Save
 };
 
 // One stored field of a page: the member it fills, its default, and where the
@@ -117,7 +118,7 @@ public:
     // True when the table has no document.
     bool SaveDocument();
     // Saves one registry field by its rule; answers whether its write or
-    // delete succeeded. Manual and settings fields are not written here.
+    // delete succeeded. Settings fields are not written here.
     bool Save(const StoredField& field);
     // Saves every registry field that is not Manual, in the order declared;
     // every one is tried. Answers how many failed.

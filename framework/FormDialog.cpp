@@ -96,6 +96,24 @@ bool FormDialog::BrowseFolder(const KelText& title, const KelText& startFolder, 
     return app && app->BrowseForFolder(Handle(), title, startFolder, chosen);
 }
 
+bool FormDialog::BrowseForEditFolder(int32_t editId, KelText& folder, const KelText& title)
+{
+    Control* edit = FindControl(editId);
+    if (edit)
+        edit->StoreValue();
+    KelText start = folder;
+    if (start.IsEmpty())
+        if (AppEntry* app = GetAppEntry())
+            start = app->SettingsFolder();
+    KelText chosen;
+    if (!BrowseFolder(title, start, chosen))
+        return false;
+    folder = chosen;
+    if (edit)
+        edit->LoadValue();
+    return true;
+}
+
 int32_t FormDialog::Report(const PageReport& report)
 {
     if (report.toFront)

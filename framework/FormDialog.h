@@ -73,6 +73,11 @@ public:
     // The folder browser with the form as owner; true and the folder when the
     // user confirms.
     bool BrowseFolder(const KelText& title, const KelText& startFolder, KelText& chosen);
+    // Browses for the folder of a bound edit box: the box's text goes into its
+    // member `folder` first; the browser starts there, or at the
+    // application's settings folder when it is empty; a confirmed folder goes
+    // into the member and the box. Answers whether the user confirmed.
+    bool BrowseForEditFolder(int32_t editId, KelText& folder, const KelText& title);
 
     // Tells the user what a save reported: the form comes to the front, the
     // alert sounds and the box shows, as far as the report asks. Answers what

@@ -17,12 +17,14 @@ struct PageReport
     bool toFront = false;
     // The alert (flash and beep) comes before the box.
     bool alert = false;
-    // The box: its message (no box when empty), caption and style.
+    // The box: its message, caption and style (no box when both the message
+    // and the style are empty; a box whose text is missing from the
+    // dictionary still shows).
     KelText text;
     KelText caption;
     uint32_t style = 0;
 
-    bool HasBox() const { return !text.IsEmpty(); }
+    bool HasBox() const { return style != 0 || !text.IsEmpty(); }
 
     // Nothing to tell; the page accepts.
     static PageReport Accepted() { return PageReport(); }

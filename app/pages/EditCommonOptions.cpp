@@ -101,7 +101,7 @@ void CommonOptionsValues::Load()
 PageReport CommonOptionsValues::Save()
 {
     PageReport report;
-    if (language.SameAs(kEnglish))
+    if (language == kEnglish)
         language = KelText();
 
     const bool documentSaved = fields.SaveDocument();
@@ -183,7 +183,7 @@ int32_t EditCommonOptions::InitPage()
         const KelText name(dictionary.LanguageName(position));
         if (!name.IsEmpty() &&
             std::none_of(names.begin(), names.end(),
-                         [&name](const KelText& known) { return known.SameAs(name); }))
+                         [&name](const KelText& known) { return known == name; }))
             names.push_back(name);
     }
     for (const KelText& name : names)
@@ -212,17 +212,6 @@ int32_t EditCommonOptions::ApplyPage(int32_t pageIndex, int32_t reason, int32_t 
 
 void EditCommonOptions::Browse()
 {
-    if (Control* edit = FindControl(kCommonStartFolder))
-        edit->StoreValue();
-    KelText start = values.startFolder;
-    if (start.IsEmpty())
-        if (AppEntry* app = GetAppEntry())
-            start = app->SettingsFolder();
-    KelText chosen;
-    if (BrowseFolder(KelText(DictText(kTextStartFolderTitle)), start, chosen))
-    {
-        values.startFolder = chosen;
-        if (Control* edit = FindControl(kCommonStartFolder))
-            edit->LoadValue();
-    }
+    BrowseForEditFolder(kCommonStartFolder, values.startFolder,
+                        KelText(DictText(kTextStartFolderTitle)));
 }

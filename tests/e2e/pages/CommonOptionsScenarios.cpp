@@ -105,13 +105,7 @@ TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
 
 TEST_F(CommonOptions, GermanPage)
 {
-    demo = DemoCopy(L"Demo");
-    RegisterConfiguration(L"Shopwise", L"Demo", demo);
-    TargetProcess editor = StartEditKel(L"-app=Shopwise /l=Deutsch");
-    HWND picker = editor.WaitForWindow(L"Konfiguration ausw\u00e4hlen - Shopwise");
-    SelectListRow(Control(picker, PickerList), 0);
-    Press(Control(picker, IDOK));
-    dialog = editor.WaitForWindow(L"Shopwise" + TitleTail);
+    TargetProcess editor = OpenDemo(L"Shopwise", dialog, L"/l=Deutsch");
     ShowPage(L"Allgemeine Optionen");
     Screenshot(L"page", dialog, L"common");
     Press(Control(dialog, IDCANCEL));

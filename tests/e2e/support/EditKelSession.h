@@ -224,9 +224,12 @@ protected:
 
     // Picks the row named `name` in the picker and confirms it; answers the
     // configuration dialog that opens.
-    HWND PickConfiguration(TargetProcess& editor, const wchar_t* product, const wchar_t* name)
+    // `pickerTitle` is the picker's title before " - <product>" in the
+    // editor's language.
+    HWND PickConfiguration(TargetProcess& editor, const wchar_t* product, const wchar_t* name,
+                           const std::wstring& pickerTitle = L"Select Configuration")
     {
-        HWND picker = editor.WaitForWindow(std::wstring(L"Select Configuration - ") + product);
+        HWND picker = editor.WaitForWindow(pickerTitle + L" - " + product);
         HWND list = Control(picker, PickerList);
         const int row = FindListRow(list, name);
         EXPECT_GE(row, 0) << "no row " << Utf8(name);
@@ -237,15 +240,18 @@ protected:
     }
 
     // Registers a fresh demo copy for `product` as "Demo", starts the editor
-    // with "-app=<product>" and `extra` and confirms the picker; `dialog` is
-    // the configuration dialog that opens.
+    // with "-app=<product>" and `extra` (English, or "/l=Deutsch") and
+    // confirms the picker; `dialog` is the configuration dialog that opens.
     TargetProcess OpenDemo(const wchar_t* product, HWND& dialog, const std::wstring& extra = {})
     {
         demo = DemoCopy(L"Demo");
         RegisterConfiguration(product, L"Demo", demo);
         TargetProcess editor =
             StartEditKel(L"-app=" + std::wstring(product) + (extra.empty() ? L"" : L" " + extra));
-        dialog = PickConfiguration(editor, product, L"Demo");
+        const bool german = extra.find(L"/l=Deutsch") != std::wstring::npos;
+        dialog =
+            PickConfiguration(editor, product, L"Demo",
+                              german ? L"Konfiguration ausw\u00e4hlen" : L"Select Configuration");
         return editor;
     }
 

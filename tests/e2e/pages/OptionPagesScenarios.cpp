@@ -1,0 +1,110 @@
+// The CAD options page (Plotwise) and the Tyx options page (the stand-alone
+// products) as a user works them in EditKel.exe: the tabs in order, options
+// changed and saved with OK, and each page in English and German.
+#include "tests/e2e/support/EditKelSession.h"
+
+using namespace EditKelSession;
+
+namespace
+{
+// CAD options.
+constexpr int UseIcons = 823;
+constexpr int IconsFolder = 825;
+constexpr int DrawingDatabase = 827;
+constexpr int KeepEstimatingOff = 832;
+constexpr int SkipMenuLoad = 836;
+// Tyx options.
+constexpr int Support = 804;
+constexpr int QuickFullEdit = 826;
+constexpr int CanEditCats = 836;
+constexpr int UseCaption = 814;
+constexpr int Caption = 815;
+constexpr int HideWelcome = 840;
+
+class OptionPages : public Scenario
+{
+protected:
+    // Brings the tab `tab` to the front; answers the page holding `controlId`.
+    HWND ShowPage(const wchar_t* tab, int controlId)
+    {
+        ClickTab(Control(dialog, TabsId), tab);
+        return GetParent(Control(dialog, controlId));
+    }
+    HWND dialog = nullptr;
+};
+} // namespace
+
+TEST_F(OptionPages, PlotwiseCadOptionsSavedWithOk)
+{
+    TargetProcess editor = OpenDemo(L"Plotwise", dialog);
+    EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
+              (std::vector<std::wstring>{L"Program Paths", L"Plotwise", L"Common Options",
+                                         L"Message Prompts"}));
+    HWND page = ShowPage(L"Plotwise", UseIcons);
+    EXPECT_EQ(Text(Control(page, DrawingDatabase)), L"Prompt");
+    EXPECT_FALSE(IsWindowEnabled(Control(page, IconsFolder)));
+
+    SetChecked(Control(page, UseIcons), true);
+    SetText(Control(page, IconsFolder), L"C:\\Icons\\");
+    SelectComboItem(Control(page, DrawingDatabase), L"Yes");
+    SetChecked(Control(page, KeepEstimatingOff), true);
+    SetChecked(Control(page, SkipMenuLoad), true);
+    Screenshot(L"page", dialog, L"cad");
+    Press(Control(dialog, IDOK));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+
+    EXPECT_EQ(ReadString(L"Plotwise\\Toolbar", L"Icons"), L"C:\\Icons\\");
+    EXPECT_EQ(ReadDword(L"Plotwise\\Toolbar", L"SkipMenuLoad"), 1);
+    EXPECT_FALSE(ReadString(L"Plotwise\\Toolbar", L"MenuGroup").has_value());
+    EXPECT_EQ(ReadString(L"Plotwise", L"UseDWGDatabase"), L"Yes");
+    EXPECT_EQ(ReadString(L"Plotwise", L"StoreEstDatabase"), L"FALSE");
+    EXPECT_EQ(ReadDword(L"Plotwise", L"SkipValidateButtons"), 0);
+    EXPECT_EQ(ReadDword(L"Plotwise", L"ButtonLoadReport"), 0);
+}
+
+TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
+{
+    TargetProcess editor = OpenDemo(L"Cutwise", dialog);
+    const std::vector<std::wstring> tabs = TabTexts(Control(dialog, TabsId));
+    ASSERT_GE(tabs.size(), 4u);
+    EXPECT_EQ(tabs[0], L"Program Paths");
+    EXPECT_EQ(tabs[1], L"Cutwise");
+    EXPECT_EQ(tabs[tabs.size() - 2], L"Common Options");
+    HWND page = ShowPage(L"Cutwise", Support);
+    // The demo's KEL.INI allows editing catalogues.
+    EXPECT_TRUE(IsChecked(Control(page, CanEditCats)));
+    EXPECT_NE(Text(Control(page, Support)).find(L"Workshop support"), std::wstring::npos);
+
+    SetChecked(Control(page, QuickFullEdit), true);
+    SetChecked(Control(page, HideWelcome), true);
+    SetChecked(Control(page, UseCaption), true);
+    SetText(Control(page, Caption), L"Cutting room");
+    Screenshot(L"page", dialog, L"tyx");
+    Press(Control(dialog, IDOK));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+
+    EXPECT_EQ(SettingsValue(demo / L"KEL.INI", L"GENERAL", L"QUICKFULLEDIT"), L"YES");
+    EXPECT_EQ(SettingsValue(demo / L"KEL.INI", L"GENERAL", L"CANEDITCATS"), L"YES");
+    EXPECT_EQ(SettingsValue(demo / L"KEL.INI", L"DRAWING", L"LAYER DUCT"), L"M-DUCT");
+    EXPECT_EQ(ReadDword(L"Cutwise", L"HideWelcomeScreen"), 1);
+    EXPECT_EQ(ReadString(L"Cutwise", L"Caption"), L"Cutting room");
+}
+
+TEST_F(OptionPages, GermanPages)
+{
+    {
+        TargetProcess editor = OpenDemo(L"Plotwise", dialog, L"/l=Deutsch");
+        ShowPage(L"Plotwise", UseIcons);
+        Screenshot(L"page", dialog, L"cad");
+        Press(Control(dialog, IDCANCEL));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+    }
+    TargetProcess editor = OpenDemo(L"Fieldpost", dialog, L"/l=Deutsch");
+    HWND page = ShowPage(L"Fieldpost", Support);
+    // Fieldpost may change the welcome screen, not the permissions.
+    EXPECT_TRUE(IsWindowEnabled(Control(page, HideWelcome)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, QuickFullEdit)));
+    Screenshot(L"page", dialog, L"tyx");
+    Press(Control(dialog, IDCANCEL));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
+}
