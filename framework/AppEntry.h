@@ -96,7 +96,9 @@ public:
     // the window handled it; the loop then skips the message.
     bool PreTranslate(MSG& message);
     // Called by a closing modal window: takes it and every window above it off
-    // the modal stack. Does nothing for a window that is not on it.
+    // the modal stack and wakes the message loop (a WM_NULL to the thread), so
+    // that its loop ends at once even when nothing else is queued. Does
+    // nothing for a window that is not on it.
     void EndModal(Window* window);
     int32_t ModalCount() const { return int32_t(modalStack.size()); }
     // Idle handlers are called last-registered first.

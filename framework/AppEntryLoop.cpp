@@ -6,11 +6,12 @@
 
 namespace
 {
-// Messages that arrive constantly and do not end an idle period.
+// Messages that arrive constantly, and the wake-up of EndModal: they do not
+// end an idle period.
 bool KeepsIdleCount(UINT message)
 {
     return message == WM_MOUSEMOVE || message == WM_NCMOUSEMOVE || message == WM_PAINT ||
-           message == WM_TIMER;
+           message == WM_TIMER || message == WM_NULL;
 }
 } // namespace
 
@@ -104,6 +105,12 @@ void AppEntry::EndModal(Window* window)
         if (modalStack[i] == window)
         {
             modalStack.resize(i);
+            // The loop that runs the window may be blocked in GetMessageW:
+            // a window closed from a sent message (another program's
+            // BM_CLICK, a screen reader) leaves the queue without anything
+            // that would wake it. An empty message does, and the loop then
+            // sees that its window has gone.
+            PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
             return;
         }
     }
