@@ -8,8 +8,10 @@
 #include "app/SettingsContext.h"
 #include "app/Version.h"
 #include "framework/AppEntry.h"
+#include "framework/ProgramGuard.h"
 #include "framework/RegistryKey.h"
 #include "framework/SystemLibrary.h"
+#include "text/CommandLine.h"
 #include "text/EncodedText.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
@@ -37,34 +39,11 @@ const SwitchRow editorSwitches[] = {
     {9, kTextSwitchFill2Ends, u"Fill2Ends"},
     {10, kTextSwitchConnectorLocks, u"ConnectorLocks"},
 };
-
-// The value of a command-line switch such as "-app=": the text after it up to
-// the next blank, or the quoted text when it starts with a quote.
-KelText SwitchValue(const KelText& commandLine, const char16_t* name)
-{
-    const int32_t at = commandLine.Find(name, 1, true);
-    if (at == 0)
-        return KelText();
-    int32_t start = at + KelText::Measure(name);
-    int32_t end = start;
-    if (commandLine.At(start - 1) == u'"')
-    {
-        ++start;
-        end = start;
-        while (end <= commandLine.Length() && commandLine.At(end - 1) != u'"')
-            ++end;
-    }
-    else
-        while (end <= commandLine.Length() && commandLine.At(end - 1) != u' ' &&
-               commandLine.At(end - 1) != u'\t')
-            ++end;
-    return commandLine.Sub(start, end - start);
-}
 } // namespace
 
 KelText ProductFromCommandLine(const KelText& commandLine)
 {
-    return CanonicalProductName(SwitchValue(commandLine, u"-app="));
+    return CanonicalProductName(CommandLineSwitch(commandLine, u"-app="));
 }
 
 KelText StartupLanguage(const KelText& commandLine, const KelText& product)
@@ -136,6 +115,23 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
         app->SetMainFrame(nullptr);
     delete dialog;
     return 0;
+}
+
+int32_t RunEditKel(HINSTANCE instance, const KelText& commandLine, int showCommand,
+                   AppInteraction* interaction)
+{
+    const int32_t result = RunGuarded(
+        [&]
+        {
+            ToggleExceptionPolicy();
+            SetApplication(new AppEntry(instance, nullptr, nullptr, interaction));
+            AppEntry* app = GetAppEntry();
+            app->SetCommandLine(commandLine);
+            return ProgramMain(app, app->CommandLine(), showCommand);
+        });
+    // After the report of a failure too: the report needs the application.
+    DestroyApplication();
+    return result;
 }
 
 void ToggleExceptionPolicy()

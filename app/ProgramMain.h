@@ -1,9 +1,12 @@
 #pragma once
+#include <windows.h>
+
 #include <cstdint>
 
 #include "text/KelText.h"
 
 class AppEntry;
+class AppInteraction;
 
 // The editor's name and release as the application registers them, and the
 // version shown in the dialog's title.
@@ -11,8 +14,9 @@ extern const char16_t kApplicationName[]; // "EditKel"
 extern const char16_t kRelease[];         // KEL_RELEASE of app/Version.h
 extern const char kVersionText[];         // KEL_VERSION_TEXT of app/Version.h
 
-// The product named by the switch "-app=" (any case), in its canonical
-// spelling; empty when the switch is missing or names no product.
+// The product named by the switch "-app=" (any case; the switch or its value
+// may be quoted, see CommandLineSwitch), in its canonical spelling; empty when
+// the switch is missing or names no product.
 KelText ProductFromCommandLine(const KelText& commandLine);
 
 // The language to load: the one "/l=" names, else the product's stored
@@ -33,6 +37,14 @@ KelText EditorTitle(const KelText& product);
 // The editor: dictionary, switches, product, configuration, dialog. Answers 0
 // on every path.
 int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand);
+
+// EditKel.exe from its process entry: flips the exception policy, makes the
+// application object (answering the user through `interaction` when given,
+// for tests; the real windows otherwise) with the command line, runs
+// ProgramMain and destroys the object. An exception that escapes any of it is
+// reported (RunGuarded); the answer is 0 on every path.
+int32_t RunEditKel(HINSTANCE instance, const KelText& commandLine, int showCommand,
+                   AppInteraction* interaction = nullptr);
 
 // Flips bit 0 of the process's user-mode exception policy when the system
 // offers the two policy functions; does nothing otherwise.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/AppServices.h"
+#include "text/CommandLine.h"
 #include "text/FileSystem.h"
 
 namespace
@@ -33,11 +34,6 @@ const Fallback fallbacks[] = {
 bool IsDigit(char16_t ch)
 {
     return ch >= u'0' && ch <= u'9';
-}
-
-bool IsBlank(char16_t ch)
-{
-    return ch == u' ' || ch == u'\t';
 }
 
 // Decimal digits from `text`, up to the first non-digit; values beyond
@@ -142,28 +138,7 @@ int32_t TextHolder::SelectLanguage(const PointerList<KelText>& names, const KelT
 
 KelText TextHolder::LanguageFromCommandLine(const KelText& commandLine)
 {
-    const char16_t* at = commandLine.c_str();
-    while (*at)
-    {
-        while (IsBlank(*at))
-            ++at;
-        if (!*at)
-            break;
-        // One token: blanks inside quotes belong to it; the quotes are dropped.
-        KelText token;
-        bool quoted = false;
-        for (; *at && (quoted || !IsBlank(*at)); ++at)
-        {
-            if (*at == u'"')
-                quoted = !quoted;
-            else
-                token += *at;
-        }
-        if (token.Length() >= 3 && token.At(0) == u'/' && KelText::Fold(token.At(1)) == u'L' &&
-            token.At(2) == u'=')
-            return token.Sub(4, token.Length() - 3);
-    }
-    return KelText();
+    return CommandLineSwitch(commandLine, u"/l=");
 }
 
 const char16_t* TextHolder::LanguageName(int32_t position) const

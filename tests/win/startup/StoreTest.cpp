@@ -46,7 +46,13 @@ TEST(ProductTable, DescriptorsFileNamesAndSpelling)
 TEST(ProductTable, CommandLineLanguageAndTitle)
 {
     EXPECT_TRUE(ProductFromCommandLine(u"/l=Deutsch -APP=ledgerLINE").SameAs(u"Ledgerline"));
+    // Quoted as shortcuts and scripts write it: the whole switch, or its value.
     EXPECT_TRUE(ProductFromCommandLine(u"-app=\"Plotwise\" /l=x").SameAs(u"Plotwise"));
+    EXPECT_TRUE(ProductFromCommandLine(u"\"-app=Plotwise\"").SameAs(u"Plotwise"));
+    EXPECT_TRUE(ProductFromCommandLine(u"\"/l=Deutsch\" \"-APP=shopwise\"").SameAs(u"Shopwise"));
+    // A switch-like piece of a quoted program path is no switch.
+    EXPECT_TRUE(ProductFromCommandLine(u"\"C:\\x -app=Cutwise\\EditKel.exe\" -app=Plotwise")
+                    .SameAs(u"Plotwise"));
     EXPECT_TRUE(ProductFromCommandLine(u"-app=Plotwise2").IsEmpty());
     EXPECT_TRUE(ProductFromCommandLine(u"/l=Deutsch").IsEmpty());
     EXPECT_TRUE(EditorTitle(u"Plotwise").SameAs(u"Plotwise Config Editor - 23.0.1.1019 2023"));
