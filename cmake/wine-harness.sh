@@ -33,11 +33,18 @@ use_display() {
 }
 
 # Wine's own fonts (Marlett for the caption buttons, Tahoma and MS Sans Serif
-# for dialogs) are not found through fontconfig on Debian: copy them into the
-# prefix's Fonts folder, where Wine loads fonts from at start.
+# for dialogs; Debian's package fonts-wine, which tools/setup.sh installs) are
+# not found through fontconfig on Debian: copy them into the prefix's Fonts
+# folder, where Wine loads fonts from at start. Every prefix made here, the
+# test prefix and the run command's demo prefix alike, gets them.
 add_fonts() {
     local fonts="$WINEPREFIX/drive_c/windows/Fonts"
-    [ -d /usr/share/wine/fonts ] && [ -d "$fonts" ] || return 0
+    if [ ! -f /usr/share/wine/fonts/marlett.ttf ]; then
+        echo "wine harness: Wine's fonts are missing (package fonts-wine, see tools/setup.sh);" \
+             "title-bar buttons will show as letters" >&2
+        return 0
+    fi
+    [ -d "$fonts" ] || return 0
     cp -n /usr/share/wine/fonts/*.ttf "$fonts/" 2>/dev/null || true
 }
 
