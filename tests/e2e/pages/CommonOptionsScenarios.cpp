@@ -19,13 +19,6 @@ constexpr int Numpad = 802;
 class CommonOptions : public Scenario
 {
 protected:
-    // Brings the tab named `tab` (the common options page) to the front;
-    // answers the page.
-    HWND ShowPage(const wchar_t* tab)
-    {
-        ClickTab(Control(dialog, TabsId), tab);
-        return GetParent(Control(dialog, Numpad));
-    }
     HWND dialog = nullptr;
 };
 } // namespace
@@ -33,7 +26,7 @@ protected:
 TEST_F(CommonOptions, LedgerlineTabsAndChangesSavedWithOk)
 {
     TargetProcess editor = OpenDemo(L"Ledgerline", dialog);
-    HWND page = ShowPage(L"Common Options");
+    HWND page = ShowPage(dialog, L"Common Options", Numpad);
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Common Options", L"Message Prompts"}));
 
@@ -71,7 +64,7 @@ TEST_F(CommonOptions, LedgerlineTabsAndChangesSavedWithOk)
 TEST_F(CommonOptions, ShopwiseChangesCancelledWriteNothing)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog);
-    HWND page = ShowPage(L"Common Options");
+    HWND page = ShowPage(dialog, L"Common Options", Numpad);
     const std::string before = FileBytes(demo / L"KEL.INI");
     SetChecked(Control(page, Numpad), true);
     SetChecked(Control(page, VirtualFolders), true);
@@ -89,7 +82,7 @@ TEST_F(CommonOptions, ShopwiseChangesCancelledWriteNothing)
 TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog);
-    HWND page = ShowPage(L"Common Options");
+    HWND page = ShowPage(dialog, L"Common Options", Numpad);
     const std::wstring elsewhere = (demo / L"Reports").wstring() + L"\\";
     SetChecked(Control(page, UseStartFolder), true);
     SetText(Control(page, StartFolder), elsewhere);
@@ -106,7 +99,7 @@ TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
 TEST_F(CommonOptions, GermanPage)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog, L"/l=Deutsch");
-    ShowPage(L"Allgemeine Optionen");
+    ShowPage(dialog, L"Allgemeine Optionen", Numpad);
     Screenshot(L"page", dialog, L"common");
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);

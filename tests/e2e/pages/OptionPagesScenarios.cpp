@@ -24,12 +24,6 @@ constexpr int HideWelcome = 840;
 class OptionPages : public Scenario
 {
 protected:
-    // Brings the tab `tab` to the front; answers the page holding `controlId`.
-    HWND ShowPage(const wchar_t* tab, int controlId)
-    {
-        ClickTab(Control(dialog, TabsId), tab);
-        return GetParent(Control(dialog, controlId));
-    }
     HWND dialog = nullptr;
 };
 } // namespace
@@ -40,7 +34,7 @@ TEST_F(OptionPages, PlotwiseCadOptionsSavedWithOk)
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Plotwise", L"Common Options",
                                          L"Message Prompts"}));
-    HWND page = ShowPage(L"Plotwise", UseIcons);
+    HWND page = ShowPage(dialog, L"Plotwise", UseIcons);
     EXPECT_EQ(Text(Control(page, DrawingDatabase)), L"Prompt");
     EXPECT_FALSE(IsWindowEnabled(Control(page, IconsFolder)));
 
@@ -70,7 +64,7 @@ TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
     EXPECT_EQ(tabs[0], L"Program Paths");
     EXPECT_EQ(tabs[1], L"Cutwise");
     EXPECT_EQ(tabs[tabs.size() - 2], L"Common Options");
-    HWND page = ShowPage(L"Cutwise", Support);
+    HWND page = ShowPage(dialog, L"Cutwise", Support);
     // The demo's KEL.INI allows editing catalogues.
     EXPECT_TRUE(IsChecked(Control(page, CanEditCats)));
     EXPECT_NE(Text(Control(page, Support)).find(L"Workshop support"), std::wstring::npos);
@@ -94,13 +88,13 @@ TEST_F(OptionPages, GermanPages)
 {
     {
         TargetProcess editor = OpenDemo(L"Plotwise", dialog, L"/l=Deutsch");
-        ShowPage(L"Plotwise", UseIcons);
+        ShowPage(dialog, L"Plotwise", UseIcons);
         Screenshot(L"page", dialog, L"cad");
         Press(Control(dialog, IDCANCEL));
         EXPECT_EQ(editor.WaitForExit(), 0u);
     }
     TargetProcess editor = OpenDemo(L"Fieldpost", dialog, L"/l=Deutsch");
-    HWND page = ShowPage(L"Fieldpost", Support);
+    HWND page = ShowPage(dialog, L"Fieldpost", Support);
     // Fieldpost may change the welcome screen, not the permissions.
     EXPECT_TRUE(IsWindowEnabled(Control(page, HideWelcome)));
     EXPECT_FALSE(IsWindowEnabled(Control(page, QuickFullEdit)));

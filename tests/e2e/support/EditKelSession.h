@@ -123,6 +123,15 @@ inline long long PromptValue(const wchar_t* name)
     return ReadDword(L"COMMON\\PROMPTS", name);
 }
 
+// Brings the page of the tab named `tab` to the front and answers it: the
+// window that holds the control `controlId` (a page's window exists once its
+// tab has been shown).
+inline HWND ShowPage(HWND dialog, std::wstring_view tab, int controlId)
+{
+    ClickTab(Control(dialog, TabsId), tab);
+    return GetParent(Control(dialog, controlId));
+}
+
 // Brings the message-switch page (always the last tab) to the front and
 // answers its tree of switches.
 inline HWND ShowSwitchTree(HWND dialog)
