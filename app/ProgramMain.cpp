@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <memory>
+
 #include "app/KelConfigDialog.h"
 #include "app/LocateConfiguration.h"
 #include "app/ProductTable.h"
@@ -107,13 +109,23 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
                              0, nullptr))
         return 0;
 
-    KelConfigDialog* dialog = new KelConfigDialog(nullptr, EditorTitle(product), product, fileName);
+    auto dialog =
+        std::make_unique<KelConfigDialog>(nullptr, EditorTitle(product), product, fileName);
+    // The dialog is the main window while it runs, and no longer once it is
+    // gone, also when it ends through an exception.
+    struct MainFrameScope
+    {
+        AppEntry& app;
+        KelConfigDialog* frame;
+        ~MainFrameScope()
+        {
+            if (app.MainFrame() == frame)
+                app.SetMainFrame(nullptr);
+        }
+    } scope{*app, dialog.get()};
     if (!app->MainFrame())
-        app->SetMainFrame(dialog);
+        app->SetMainFrame(dialog.get());
     dialog->Show(1);
-    if (app->MainFrame() == dialog)
-        app->SetMainFrame(nullptr);
-    delete dialog;
     return 0;
 }
 
