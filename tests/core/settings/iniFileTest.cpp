@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 
@@ -201,7 +202,8 @@ TEST(iniFileDisk, LongLinesRoundTripThroughTheRealFileSystem)
     // The system's temporary folder, natively and under Wine.
     const std::filesystem::path where =
         std::filesystem::temp_directory_path() /
-        ("kel-settings-test-" + std::to_string(std::rand()) + ".ini");
+        ("kel-settings-test-" +
+         std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + ".ini");
     const KelText path(where.u16string().c_str());
     const std::string ansi = "[S]\r\nV=caf\xE9\r\n";
     ASSERT_TRUE(GetFileSystem().WriteBytes(path, ansi.data(), ansi.size()));
