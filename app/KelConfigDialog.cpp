@@ -1,5 +1,6 @@
 #include "app/KelConfigDialog.h"
 
+#include "app/pages/EditProgramPaths.h"
 #include "framework/EditMsgManager.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
@@ -10,6 +11,7 @@ KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const Kel
 {
     (void)settingsFileName; // used by the common options page
     // Pages in tab order. The message switches close every product's list.
+    MakePage<EditProgramPaths>();
     MakePage<EditMsgManager>();
 
     SetStyleBits(WS_MINIMIZEBOX);

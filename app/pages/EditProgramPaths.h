@@ -1,0 +1,42 @@
+#pragma once
+#include <cstdint>
+
+#include "framework/PropertyPage.h"
+
+class ListView;
+
+// The program paths page: one row per path kind of the product, in the order
+// of the program-paths store (SettingsContext), with the kind's key name and
+// its folder. Browse (the button beside the list, or a double click on a row)
+// picks a new folder for the selected row; the store keeps it at once, and the
+// page's apply writes the store to "PROGRAM PATHS" of the settings file.
+//
+// Template 500: the path list (800) grows with the page, its folder column
+// filling the list; the browse button (801) stays at the list's right.
+class EditProgramPaths : public PropertyPage
+{
+public:
+    explicit EditProgramPaths(Window* owner);
+    ~EditProgramPaths() override;
+
+    // Relays out the controls, then lets the folder column fill the list.
+    void OnSizeChanged(int32_t width, int32_t height) override;
+    // Builds the columns and the rows, selects the first row and makes the
+    // browse button.
+    int32_t InitPage() override;
+    // The base apply, then the store's save. When either fails: the alert and
+    // the error box, and a nonzero answer (the dialog stays open).
+    int32_t ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags) override;
+
+    // Lets the user pick the folder of the selected row; runs only while
+    // exactly one row is selected. A confirmed folder goes into the store and
+    // the row shows the store's form of it; a cancel changes nothing.
+    void Browse();
+
+private:
+    ListView* PathList() const;
+    // Browse is possible exactly while one row is selected.
+    void UpdateBrowseButton();
+    // The folder column takes the list's client width less the kind column.
+    void FitFolderColumn();
+};
