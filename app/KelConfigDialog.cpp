@@ -1,6 +1,9 @@
 #include "app/KelConfigDialog.h"
 
+#include "app/pages/EditCADOptions.h"
+#include "app/pages/EditCommonOptions.h"
 #include "app/pages/EditProgramPaths.h"
+#include "app/pages/EditTyxOptions.h"
 #include "framework/EditMsgManager.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
@@ -9,9 +12,13 @@ KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const Kel
                                  const KelText& settingsFileName)
     : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")), product(productName)
 {
-    (void)settingsFileName; // used by the common options page
     // Pages in tab order. The message switches close every product's list.
     MakePage<EditProgramPaths>();
+    if (product == u"Plotwise")
+        MakePage<EditCADOptions>(product);
+    else if (product != u"Ledgerline")
+        MakePage<EditTyxOptions>(product);
+    MakePage<EditCommonOptions>(product, settingsFileName);
     MakePage<EditMsgManager>();
 
     SetStyleBits(WS_MINIMIZEBOX);
