@@ -120,10 +120,18 @@ void StandardPropertyDialog::SetInitialSize()
     if (units.cx == 0 || units.cy == 0)
         units = kDefaultPage;
     RECT area = DialogUnitsToPixels(RECT{0, 0, units.cx, units.cy});
-    // Wide enough for every tab in one row.
+    // Wide enough for every tab in one row. A tab that starts beyond the
+    // control's edge has no rectangle, so the control is first made wide
+    // enough to hold them all (the layout gives it its real size afterwards).
     if (tabs.Count() > 0)
+    {
+        RECT now = {};
+        GetWindowRect(tabs.Handle(), &now);
+        SetWindowPos(tabs.Handle(), nullptr, 0, 0, 0x4000, now.bottom - now.top,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
         area.right = std::max<LONG>(area.right, tabs.ItemRect(tabs.Count() - 1).right +
                                                     DialogUnitsToPixelsX(kGap));
+    }
     // The tab control around that area, then margins and the button row.
     area = tabs.RectForDisplay(area);
     int32_t width = (area.right - area.left) + 2 * DialogUnitsToPixelsX(kMargin);

@@ -326,3 +326,22 @@ TEST_F(Dialog, PageRunsOnItsOwnAsAForm)
     EXPECT_EQ(form.flag, 1);
     EXPECT_EQ(app.ModalCount(), 0);
 }
+
+TEST_F(PageLayout, TheDialogIsWideEnoughForAllItsTabs)
+{
+    // Long tab captions, as in German: the last tab starts beyond the width
+    // that the pages alone would give the dialog.
+    for (const char16_t* second : {u"Kurz", u"Ein deutlich längerer Name"})
+    {
+        StandardPropertyDialog dialog(nullptr, u"Tabs", 0, 1, 0, KelText());
+        for (const char16_t* title :
+             {u"Programmpfade", second, u"Allgemeine Optionen", u"Meldungen"})
+            dialog.MakePage<CountingPage>(kSecondPage, title);
+        dialog.Show(false);
+        HWND tabs = GetDlgItem(dialog.Handle(), kPropertyTabsId);
+        RECT last = {}, client = {};
+        ASSERT_TRUE(SendMessageW(tabs, TCM_GETITEMRECT, 3, reinterpret_cast<LPARAM>(&last)));
+        GetClientRect(tabs, &client);
+        EXPECT_LE(last.right, client.right) << KelText(second).ToUtf8();
+    }
+}
