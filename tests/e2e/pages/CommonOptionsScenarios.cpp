@@ -1,21 +1,13 @@
 // The common options page as a user works it in EditKel.exe: the tabs in
 // order, options changed and saved with OK, the same changes cancelled, and
 // the page in English and German.
+#include "app/pages/PageIds.h"
 #include "tests/e2e/support/EditKelSession.h"
 
 using namespace EditKelSession;
 
 namespace
 {
-constexpr int AutoLogin = 803;
-constexpr int UseStartFolder = 822;
-constexpr int StartFolder = 816;
-constexpr int Language = 820;
-constexpr int VirtualFolders = 833;
-constexpr int CachePatterns = 834;
-constexpr int RegionalCsv = 839;
-constexpr int Numpad = 802;
-
 class CommonOptions : public Scenario
 {
 protected:
@@ -26,27 +18,27 @@ protected:
 TEST_F(CommonOptions, LedgerlineTabsAndChangesSavedWithOk)
 {
     TargetProcess editor = OpenDemo(L"Ledgerline", dialog);
-    HWND page = ShowPage(dialog, L"Common Options", Numpad);
+    HWND page = ShowPage(dialog, L"Common Options", kCommonNumpad);
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Common Options", L"Message Prompts"}));
 
     // The demo's QUORLIN.INI has the keypad mode on; nothing else is stored.
-    EXPECT_TRUE(IsChecked(Control(page, Numpad)));
-    EXPECT_TRUE(IsChecked(Control(page, CachePatterns)));
-    EXPECT_FALSE(IsWindowEnabled(Control(page, AutoLogin)));
-    EXPECT_FALSE(IsWindowEnabled(Control(page, StartFolder)));
-    EXPECT_EQ(Text(Control(page, Language)), L"English");
-    const std::vector<std::wstring> languages = ComboItems(Control(page, Language));
+    EXPECT_TRUE(IsChecked(Control(page, kCommonNumpad)));
+    EXPECT_TRUE(IsChecked(Control(page, kCommonCachePatterns)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, kCommonAutoLogin)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, kCommonStartFolder)));
+    EXPECT_EQ(Text(Control(page, kCommonLanguage)), L"English");
+    const std::vector<std::wstring> languages = ComboItems(Control(page, kCommonLanguage));
     EXPECT_EQ(languages, (std::vector<std::wstring>{L"Deutsch", L"English", L"Français"}));
 
-    SetChecked(Control(page, Numpad), false);
-    SetChecked(Control(page, RegionalCsv), true);
-    SetChecked(Control(page, CachePatterns), false);
-    SelectComboItem(Control(page, Language), L"Deutsch");
+    SetChecked(Control(page, kCommonNumpad), false);
+    SetChecked(Control(page, kCommonRegionalCsv), true);
+    SetChecked(Control(page, kCommonCachePatterns), false);
+    SelectComboItem(Control(page, kCommonLanguage), L"Deutsch");
     // The start folder: the demo folder itself holds the settings file.
-    SetChecked(Control(page, UseStartFolder), true);
-    EXPECT_TRUE(IsWindowEnabled(Control(page, StartFolder)));
-    SetText(Control(page, StartFolder), demo.wstring() + L"\\");
+    SetChecked(Control(page, kCommonUseStartFolder), true);
+    EXPECT_TRUE(IsWindowEnabled(Control(page, kCommonStartFolder)));
+    SetText(Control(page, kCommonStartFolder), demo.wstring() + L"\\");
     Screenshot(L"page", dialog, L"common");
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
@@ -64,11 +56,11 @@ TEST_F(CommonOptions, LedgerlineTabsAndChangesSavedWithOk)
 TEST_F(CommonOptions, ShopwiseChangesCancelledWriteNothing)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog);
-    HWND page = ShowPage(dialog, L"Common Options", Numpad);
+    HWND page = ShowPage(dialog, L"Common Options", kCommonNumpad);
     const std::string before = FileBytes(demo / L"KEL.INI");
-    SetChecked(Control(page, Numpad), true);
-    SetChecked(Control(page, VirtualFolders), true);
-    SelectComboItem(Control(page, Language), L"Français");
+    SetChecked(Control(page, kCommonNumpad), true);
+    SetChecked(Control(page, kCommonVirtualFolders), true);
+    SelectComboItem(Control(page, kCommonLanguage), L"Français");
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
 
@@ -82,10 +74,10 @@ TEST_F(CommonOptions, ShopwiseChangesCancelledWriteNothing)
 TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog);
-    HWND page = ShowPage(dialog, L"Common Options", Numpad);
+    HWND page = ShowPage(dialog, L"Common Options", kCommonNumpad);
     const std::wstring elsewhere = (demo / L"Reports").wstring() + L"\\";
-    SetChecked(Control(page, UseStartFolder), true);
-    SetText(Control(page, StartFolder), elsewhere);
+    SetChecked(Control(page, kCommonUseStartFolder), true);
+    SetText(Control(page, kCommonStartFolder), elsewhere);
     Press(Control(dialog, IDOK));
 
     HWND box = editor.WaitForMessageBox(L"Config Editor");
@@ -99,7 +91,7 @@ TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
 TEST_F(CommonOptions, GermanPage)
 {
     TargetProcess editor = OpenDemo(L"Shopwise", dialog, L"/l=Deutsch");
-    ShowPage(dialog, L"Allgemeine Optionen", Numpad);
+    ShowPage(dialog, L"Allgemeine Optionen", kCommonNumpad);
     Screenshot(L"page", dialog, L"common");
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);

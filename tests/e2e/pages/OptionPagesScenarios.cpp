@@ -1,26 +1,13 @@
 // The CAD options page (Plotwise) and the Tyx options page (the stand-alone
 // products) as a user works them in EditKel.exe: the tabs in order, options
 // changed and saved with OK, and each page in English and German.
+#include "app/pages/PageIds.h"
 #include "tests/e2e/support/EditKelSession.h"
 
 using namespace EditKelSession;
 
 namespace
 {
-// CAD options.
-constexpr int UseIcons = 823;
-constexpr int IconsFolder = 825;
-constexpr int DrawingDatabase = 827;
-constexpr int KeepEstimatingOff = 832;
-constexpr int SkipMenuLoad = 836;
-// Tyx options.
-constexpr int Support = 804;
-constexpr int QuickFullEdit = 826;
-constexpr int CanEditCats = 836;
-constexpr int UseCaption = 814;
-constexpr int Caption = 815;
-constexpr int HideWelcome = 840;
-
 class OptionPages : public Scenario
 {
 protected:
@@ -34,15 +21,15 @@ TEST_F(OptionPages, PlotwiseCadOptionsSavedWithOk)
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Plotwise", L"Common Options",
                                          L"Message Prompts"}));
-    HWND page = ShowPage(dialog, L"Plotwise", UseIcons);
-    EXPECT_EQ(Text(Control(page, DrawingDatabase)), L"Prompt");
-    EXPECT_FALSE(IsWindowEnabled(Control(page, IconsFolder)));
+    HWND page = ShowPage(dialog, L"Plotwise", kCadUseIcons);
+    EXPECT_EQ(Text(Control(page, kCadDrawingDatabase)), L"Prompt");
+    EXPECT_FALSE(IsWindowEnabled(Control(page, kCadIconsFolder)));
 
-    SetChecked(Control(page, UseIcons), true);
-    SetText(Control(page, IconsFolder), L"C:\\Icons\\");
-    SelectComboItem(Control(page, DrawingDatabase), L"Yes");
-    SetChecked(Control(page, KeepEstimatingOff), true);
-    SetChecked(Control(page, SkipMenuLoad), true);
+    SetChecked(Control(page, kCadUseIcons), true);
+    SetText(Control(page, kCadIconsFolder), L"C:\\Icons\\");
+    SelectComboItem(Control(page, kCadDrawingDatabase), L"Yes");
+    SetChecked(Control(page, kCadKeepEstimatingOff), true);
+    SetChecked(Control(page, kCadSkipMenuLoad), true);
     Screenshot(L"page", dialog, L"cad");
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
@@ -64,15 +51,15 @@ TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
     EXPECT_EQ(tabs[0], L"Program Paths");
     EXPECT_EQ(tabs[1], L"Cutwise");
     EXPECT_EQ(tabs[tabs.size() - 2], L"Common Options");
-    HWND page = ShowPage(dialog, L"Cutwise", Support);
+    HWND page = ShowPage(dialog, L"Cutwise", kTyxSupport);
     // The demo's KEL.INI allows editing catalogues.
-    EXPECT_TRUE(IsChecked(Control(page, CanEditCats)));
-    EXPECT_NE(Text(Control(page, Support)).find(L"Workshop support"), std::wstring::npos);
+    EXPECT_TRUE(IsChecked(Control(page, kTyxCanEditCats)));
+    EXPECT_NE(Text(Control(page, kTyxSupport)).find(L"Workshop support"), std::wstring::npos);
 
-    SetChecked(Control(page, QuickFullEdit), true);
-    SetChecked(Control(page, HideWelcome), true);
-    SetChecked(Control(page, UseCaption), true);
-    SetText(Control(page, Caption), L"Cutting room");
+    SetChecked(Control(page, kTyxQuickFullEdit), true);
+    SetChecked(Control(page, kTyxHideWelcome), true);
+    SetChecked(Control(page, kTyxUseCaption), true);
+    SetText(Control(page, kTyxCaption), L"Cutting room");
     Screenshot(L"page", dialog, L"tyx");
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
@@ -88,16 +75,16 @@ TEST_F(OptionPages, GermanPages)
 {
     {
         TargetProcess editor = OpenDemo(L"Plotwise", dialog, L"/l=Deutsch");
-        ShowPage(dialog, L"Plotwise", UseIcons);
+        ShowPage(dialog, L"Plotwise", kCadUseIcons);
         Screenshot(L"page", dialog, L"cad");
         Press(Control(dialog, IDCANCEL));
         EXPECT_EQ(editor.WaitForExit(), 0u);
     }
     TargetProcess editor = OpenDemo(L"Fieldpost", dialog, L"/l=Deutsch");
-    HWND page = ShowPage(dialog, L"Fieldpost", Support);
+    HWND page = ShowPage(dialog, L"Fieldpost", kTyxSupport);
     // Fieldpost may change the welcome screen, not the permissions.
-    EXPECT_TRUE(IsWindowEnabled(Control(page, HideWelcome)));
-    EXPECT_FALSE(IsWindowEnabled(Control(page, QuickFullEdit)));
+    EXPECT_TRUE(IsWindowEnabled(Control(page, kTyxHideWelcome)));
+    EXPECT_FALSE(IsWindowEnabled(Control(page, kTyxQuickFullEdit)));
     Screenshot(L"page", dialog, L"tyx");
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
