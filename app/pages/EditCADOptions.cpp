@@ -101,6 +101,10 @@ int32_t EditCADOptions::InitPage()
     AddControl<CheckBox>(kCadKeepEstimatingOff, &values.keepEstimatingOff);
     AddControl<CheckBox>(kCadSkipValidate, &values.skipValidateButtons);
     AddControl<CheckBox>(kCadButtonLoadReport, &values.buttonLoadReport);
+    // The texts fill the page's width.
+    for (int32_t id : {kCadIconsFolder, kCadMenuGroup, kCadFirstPopup})
+        SetLayout(id, kLayoutGrowWidth);
+    SetLayout(kCadBrowse, kLayoutKeepRight);
     useGroup.Update();
     return 0;
 }

@@ -195,6 +195,11 @@ int32_t EditCommonOptions::InitPage()
     AddControl<CheckBox>(kCommonRegionalCsv, &values.regionalCsv);
     AddControl<CheckBox>(kCommonNumpad, &values.numpad);
 
+    // The folder and the language fill the page's width.
+    SetLayout(kCommonStartFolder, kLayoutGrowWidth);
+    SetLayout(kCommonBrowse, kLayoutKeepRight);
+    SetLayout(kCommonLanguage, kLayoutGrowWidth);
+
     LoadBoundValues();
     startFolderGroup.Update();
     // Automatic login can be switched off here but never on.

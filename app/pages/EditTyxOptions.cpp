@@ -110,6 +110,9 @@ int32_t EditTyxOptions::InitPage()
     for (int32_t id : {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc})
         EnableControl(id, values.CanEditPermissions());
     EnableControl(kTyxHideWelcome, values.CanEditWelcomeScreen());
+    // The texts fill the page's width.
+    for (int32_t id : {kTyxSupport, kTyxCaption, kTyxHelpFile})
+        SetLayout(id, kLayoutGrowWidth);
     useGroup.Update();
     return 0;
 }

@@ -71,21 +71,59 @@ TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
     EXPECT_EQ(ReadString(L"Cutwise", L"Caption"), L"Cutting room");
 }
 
-TEST_F(OptionPages, GermanPages)
+TEST_F(OptionPages, CancelWritesNothingAndTheWelcomeScreenIsStoredForTallywiseOnly)
 {
+    // Changes on both option pages, then Cancel: the registry and the
+    // settings file stay as they were.
+    for (const wchar_t* product : {L"Plotwise", L"Tallywise"})
     {
-        TargetProcess editor = OpenDemo(L"Plotwise", dialog, L"/l=Deutsch");
-        ShowPage(dialog, L"Plotwise", kCadUseIcons);
-        Screenshot(L"page", dialog, L"cad");
+        TargetProcess editor = OpenDemo(product, dialog);
+        const std::string before = FileBytes(demo / L"KEL.INI");
+        const bool cad = std::wstring(product) == L"Plotwise";
+        HWND page = ShowPage(dialog, product, cad ? kCadUseIcons : kTyxSupport);
+        SetChecked(Control(page, cad ? kCadKeepEstimatingOff : kTyxUseCaption), true);
+        if (!cad)
+            SetText(Control(page, kTyxSupport), L"Call 215");
+        Press(Control(dialog, IDCANCEL));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+        EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
+        for (const wchar_t* name : {L"StoreEstDatabase", L"UseDWGDatabase", L"Caption"})
+            EXPECT_FALSE(ReadString(product, name).has_value()) << Utf8(name);
+        for (const wchar_t* name : {L"SkipValidateButtons", L"HideWelcomeScreen"})
+            EXPECT_EQ(ReadDword(product, name), -1) << Utf8(name);
+    }
+
+    for (const wchar_t* product : {L"Tallywise", L"Fieldpost"})
+    {
+        TargetProcess editor = OpenDemo(product, dialog);
+        HWND page = ShowPage(dialog, product, kTyxSupport);
+        EXPECT_TRUE(IsWindowEnabled(Control(page, kTyxHideWelcome)));
+        EXPECT_FALSE(IsWindowEnabled(Control(page, kTyxQuickFullEdit)));
+        SetChecked(Control(page, kTyxHideWelcome), true);
+        Press(Control(dialog, IDOK));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+        EXPECT_EQ(ReadDword(product, L"HideWelcomeScreen"),
+                  std::wstring(product) == L"Tallywise" ? 1 : -1);
+        EXPECT_EQ(SettingsValue(demo / L"KEL.INI", L"GENERAL", L"QUICKFULLEDIT"), L"NO");
+    }
+}
+
+// Screenshots of both pages in German and French.
+TEST_F(OptionPages, GermanAndFrenchPages)
+{
+    for (const wchar_t* language : {L"/l=Deutsch", L"/l=Fr"})
+    {
+        {
+            TargetProcess editor = OpenDemo(L"Plotwise", dialog, language);
+            ShowPage(dialog, L"Plotwise", kCadUseIcons);
+            Screenshot(language + 3, dialog, L"cad");
+            Press(Control(dialog, IDCANCEL));
+            EXPECT_EQ(editor.WaitForExit(), 0u);
+        }
+        TargetProcess editor = OpenDemo(L"Fieldpost", dialog, language);
+        ShowPage(dialog, L"Fieldpost", kTyxSupport);
+        Screenshot(language + 3, dialog, L"tyx");
         Press(Control(dialog, IDCANCEL));
         EXPECT_EQ(editor.WaitForExit(), 0u);
     }
-    TargetProcess editor = OpenDemo(L"Fieldpost", dialog, L"/l=Deutsch");
-    HWND page = ShowPage(dialog, L"Fieldpost", kTyxSupport);
-    // Fieldpost may change the welcome screen, not the permissions.
-    EXPECT_TRUE(IsWindowEnabled(Control(page, kTyxHideWelcome)));
-    EXPECT_FALSE(IsWindowEnabled(Control(page, kTyxQuickFullEdit)));
-    Screenshot(L"page", dialog, L"tyx");
-    Press(Control(dialog, IDCANCEL));
-    EXPECT_EQ(editor.WaitForExit(), 0u);
 }

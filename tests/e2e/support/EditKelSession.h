@@ -248,19 +248,28 @@ protected:
         return editor.WaitForWindow(product + TitleTail);
     }
 
+    // The picker's title (before " - <product>") for the language that
+    // `extra` chooses: English, "/l=Deutsch" or "/l=Fr".
+    static std::wstring PickerTitle(const std::wstring& extra)
+    {
+        if (extra.find(L"/l=Deutsch") != std::wstring::npos)
+            return L"Konfiguration ausw\u00e4hlen";
+        if (extra.find(L"/l=Fr") != std::wstring::npos)
+            return L"S\u00e9lectionner une configuration";
+        return L"Select Configuration";
+    }
+
     // Registers a fresh demo copy for `product` as "Demo", starts the editor
-    // with "-app=<product>" and `extra` (English, or "/l=Deutsch") and
-    // confirms the picker; `dialog` is the configuration dialog that opens.
+    // with "-app=<product>" and `extra` (a language among them, see
+    // PickerTitle) and confirms the picker; `dialog` is the configuration
+    // dialog that opens.
     TargetProcess OpenDemo(const wchar_t* product, HWND& dialog, const std::wstring& extra = {})
     {
         demo = DemoCopy(L"Demo");
         RegisterConfiguration(product, L"Demo", demo);
         TargetProcess editor =
             StartEditKel(L"-app=" + std::wstring(product) + (extra.empty() ? L"" : L" " + extra));
-        const bool german = extra.find(L"/l=Deutsch") != std::wstring::npos;
-        dialog =
-            PickConfiguration(editor, product, L"Demo",
-                              german ? L"Konfiguration ausw\u00e4hlen" : L"Select Configuration");
+        dialog = PickConfiguration(editor, product, L"Demo", PickerTitle(extra));
         return editor;
     }
 

@@ -27,6 +27,9 @@ protected:
 
 TEST_F(CadOptionsPage, NothingStoredThenOkWritesOnlyTheAlwaysWrittenValues)
 {
+    // Values of the wrong type read as absent.
+    PutString(Branch(), u"SkipValidateButtons", u"1");
+    PutDword(Branch(), u"UseDWGDatabase", 1);
     EditCADOptions& page = OpenPage();
     EXPECT_EQ(DrawingRow(page), 2);
     EXPECT_EQ(SendMessageW(GetDlgItem(page.Handle(), kCadDrawingDatabase), CB_GETCOUNT, 0, 0), 3);

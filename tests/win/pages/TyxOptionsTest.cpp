@@ -122,3 +122,25 @@ TEST_F(TyxOptionsPage, UnwritableSettingsFileRefusesAndWritesNoRegistryValue)
     CloseHandle(lock);
     EXPECT_EQ(FileBytes(), before);
 }
+
+TEST_F(TyxOptionsPage, OddSwitchTextsAndValuesOfTheWrongType)
+{
+    UseSettings("[general]\r\nquickfulledit=yes\r\nCANEDITCATS= YES \r\nPRINTWITHNONC=maybe\r\n",
+                u"Cutwise");
+    PutDword(ProductKey(u"Cutwise"), u"Caption", 5);
+    PutString(ProductKey(u"Cutwise"), u"HideWelcomeScreen", u"1");
+    EditTyxOptions& page = OpenPage(u"Cutwise");
+    EXPECT_TRUE(page.IsControlChecked(kTyxQuickFullEdit));
+    EXPECT_TRUE(page.IsControlChecked(kTyxCanEditCats));
+    EXPECT_FALSE(page.IsControlChecked(kTyxPrintWithNonc));
+    EXPECT_FALSE(page.IsControlChecked(kTyxUseCaption));
+    EXPECT_FALSE(page.IsControlChecked(kTyxHideWelcome));
+    Ok();
+    EXPECT_TRUE(SettingsValue(u"GENERAL", u"QUICKFULLEDIT").SameAs(u"YES"));
+    EXPECT_TRUE(SettingsValue(u"GENERAL", u"CANEDITCATS").SameAs(u"YES"));
+    EXPECT_TRUE(SettingsValue(u"GENERAL", u"PRINTWITHNONC").SameAs(u"NO"));
+    // The caption is not in use, so it goes; the welcome screen is stored as
+    // the DWORD that Cutwise keeps.
+    EXPECT_EQ(GetDword(ProductKey(u"Cutwise"), u"Caption"), -1);
+    EXPECT_EQ(GetDword(ProductKey(u"Cutwise"), u"HideWelcomeScreen"), 0);
+}
