@@ -4,6 +4,7 @@
 #include "app/pages/EditCommonOptions.h"
 #include "app/pages/EditProgramPaths.h"
 #include "app/pages/EditTyxOptions.h"
+#include "app/pages/EditWebLinks.h"
 #include "framework/EditMsgManager.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
@@ -17,7 +18,10 @@ KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const Kel
     if (product == u"Plotwise")
         MakePage<EditCADOptions>(product);
     else if (product != u"Ledgerline")
+    {
         MakePage<EditTyxOptions>(product);
+        MakePage<EditWebLinks>(product);
+    }
     MakePage<EditCommonOptions>(product, settingsFileName);
     MakePage<EditMsgManager>();
 

@@ -75,6 +75,11 @@ enum TextNumber : int32_t
     kTextDefaultLink = 9640,
     kTextDeleteLinks = 9642,
     kTextWebLinksTitle = 9665,
+    kTextMoveUp = 1942,
+    kTextMoveDown = 1943,
+    kTextAddLink = 9662,
+    kTextEditLink = 9663,
+    kTextDeleteLink = 9641,
 
     // CAD options page.
     kTextDrawingDatabasePrompt = 9643,
