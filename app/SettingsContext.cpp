@@ -133,6 +133,14 @@ KelText SettingsContext::PathOf(int32_t kind)
     return SettingsFolder() + DefaultFolder(kind);
 }
 
+bool SettingsContext::IsPathSet(int32_t kind)
+{
+    if (kind < 0 || kind >= kKindSlots)
+        return false;
+    LoadPaths();
+    return slots[kind].known;
+}
+
 void SettingsContext::SetPath(int32_t kind, const KelText& folder)
 {
     if (kind < 0 || kind >= kKindSlots || !FindKind(kind))

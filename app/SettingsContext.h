@@ -43,6 +43,9 @@ public:
     // The folder of a kind for display: "/" separators and a trailing "/";
     // the kind's default when the file names none. Empty for kinds outside 0..46.
     KelText PathOf(int32_t kind);
+    // Whether a kind has a folder of its own (the file names one, or SetPath
+    // gave one) rather than showing its default. False outside 0..46.
+    bool IsPathSet(int32_t kind);
     // Sets the folder of a kind (normalised). The file changes only on Save.
     void SetPath(int32_t kind, const KelText& folder);
     // Writes the folders of the product's kinds to "PROGRAM PATHS". Answers

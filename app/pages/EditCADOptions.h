@@ -27,6 +27,9 @@ public:
     PageReport Save();
     // The report of a save that could not start (the page refused its input).
     static PageReport Failed();
+    // The stored fields, each with its place (the deployment tool tells a
+    // stored value from a default by it).
+    const FieldTable& Fields() const { return fields; }
 
     int32_t useIcons = 0;
     KelText iconsFolder;

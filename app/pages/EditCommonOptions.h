@@ -31,6 +31,9 @@ public:
     const KelText& SettingsFileName() const { return settingsFileName; }
     // The settings file the keypad mode is kept in (its full path).
     KelText SettingsPath() const;
+    // The stored fields, each with its place (the deployment tool tells a
+    // stored value from a default by it).
+    const FieldTable& Fields() const { return fields; }
 
     // The language as stored; "English" stands for no stored value.
     KelText language;

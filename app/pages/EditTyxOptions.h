@@ -31,6 +31,9 @@ public:
 
     KelText SettingsPath() const;
     const KelText& ProductName() const { return product; }
+    // The stored fields, each with its place (the deployment tool tells a
+    // stored value from a default by it).
+    const FieldTable& Fields() const { return fields; }
 
     KelText support;
     // Indexes into "NO", "YES".

@@ -1,0 +1,297 @@
+#include "app/deploy/KelCfgCommand.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <string>
+
+#include "app/LocateConfiguration.h"
+#include "app/ProductTable.h"
+#include "app/ProgramMain.h"
+#include "app/SettingsContext.h"
+#include "app/deploy/SettingsTransfer.h"
+#include "app/deploy/TransferTexts.h"
+#include "framework/AppEntry.h"
+#include "framework/AppInteraction.h"
+#include "framework/Folders.h"
+#include "framework/RegistryKey.h"
+#include "text/FileSystem.h"
+#include "text/TextHolder.h"
+#include "text/WideText.h"
+
+namespace
+{
+template <typename... Args>
+KelText Say(TransferText number, const Args&... args)
+{
+    const KelText pattern = TransferMessage(number);
+    return KelText::Formatted(pattern.c_str(), args...);
+}
+
+// Each line of a text that may hold line breaks.
+void ErrLines(CfgConsole& console, const KelText& text)
+{
+    const std::u16string_view all = text.View();
+    size_t at = 0;
+    while (at <= all.size())
+    {
+        size_t end = all.find(u'\n', at);
+        if (end == std::u16string_view::npos)
+            end = all.size();
+        console.Err(KelText(all.data() + at, int32_t(end - at)));
+        at = end + 1;
+    }
+}
+
+bool Usage(CfgConsole& console, const KelText& problem)
+{
+    if (!problem.IsEmpty())
+        console.Err(problem);
+    ErrLines(console, TransferMessage(kTextCfgUsage));
+    return false;
+}
+
+// The value of a switch "<name><value>" (name matched without regard to case).
+bool SwitchValue(const KelText& argument, const char16_t* name, KelText& value)
+{
+    if (!argument.StartsWith(name))
+        return false;
+    const int32_t length = KelText::Measure(name);
+    value = argument.Sub(length + 1, argument.Length() - length);
+    return true;
+}
+
+KelText FullFolder(const KelText& folder)
+{
+    wchar_t buffer[4096];
+    const DWORD length = GetFullPathNameW(AsWide(WithBackslashes(folder)), 4096, buffer, nullptr);
+    return NormaliseFolder(length > 0 && length < 4096 ? FromWide(buffer, int32_t(length))
+                                                       : folder);
+}
+
+// Writes the whole file or nothing: a file of its own beside it first, then
+// the one move that replaces the old file.
+bool WriteWholeFile(const KelText& path, const std::string& bytes)
+{
+    const KelText target = WithBackslashes(path);
+    const KelText temporary = target + u".kelcfg-new";
+    HANDLE file = CreateFileW(AsWide(temporary), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    DWORD written = 0;
+    const bool complete = WriteFile(file, bytes.data(), DWORD(bytes.size()), &written, nullptr) &&
+                          written == bytes.size() && FlushFileBuffers(file);
+    CloseHandle(file);
+    if (complete && MoveFileExW(AsWide(temporary), AsWide(target),
+                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    DeleteFileW(AsWide(temporary));
+    return false;
+}
+
+// Message boxes of the application's code become lines on standard error; a
+// console program never opens a window and never waits for a user.
+class ConsoleInteraction : public AppInteraction
+{
+public:
+    explicit ConsoleInteraction(CfgConsole& console) : console(console) {}
+
+    int32_t ShowMessageBox(HWND, const KelText& text, const KelText& caption, uint32_t style,
+                           uint32_t, const KelText&, bool& dontShowAgain) override
+    {
+        dontShowAgain = false;
+        ErrLines(console, caption.IsEmpty() ? text : caption + u": " + text);
+        return MessageBoxDefaultButton(style);
+    }
+    void Alert(HWND, uint32_t) override {}
+    bool BrowseForFolder(HWND, const KelText&, const KelText&, KelText&) override { return false; }
+    bool IsKeyDown(int) override { return false; }
+    int32_t ChooseModal(const KelText&, const std::function<int32_t()>&) override { return -1; }
+
+private:
+    CfgConsole& console;
+};
+
+KelText LocalTimestamp()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return KelText::Formatted(u"%04i-%02i-%02i %02i:%02i", int32_t(now.wYear), int32_t(now.wMonth),
+                              int32_t(now.wDay), int32_t(now.wHour), int32_t(now.wMinute));
+}
+} // namespace
+
+bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& request,
+                          CfgConsole& console)
+{
+    request = KelCfgRequest();
+    if (arguments.empty())
+        return Usage(console, KelText());
+    const KelText& command = arguments.front();
+    if (command == u"export")
+        request.command = KelCfgRequest::Command::Export;
+    else if (command == u"import")
+        request.command = KelCfgRequest::Command::Import;
+    else if (command == u"diff")
+        request.command = KelCfgRequest::Command::Diff;
+    else
+        return Usage(console, Say(kTextCfgUnknownCommand, command));
+
+    KelText typedProduct;
+    bool productGiven = false;
+    for (size_t i = 1; i < arguments.size(); ++i)
+    {
+        const KelText& argument = arguments[i];
+        KelText value;
+        if (SwitchValue(argument, u"-app=", value))
+        {
+            typedProduct = value;
+            productGiven = true;
+        }
+        else if (SwitchValue(argument, u"-config=", value))
+            request.config = value;
+        else if (SwitchValue(argument, u"/l=", value))
+            continue; // the dictionary's language, taken at start
+        else if (argument == u"--dry-run")
+            request.dryRun = true;
+        else if (argument.Length() > 1 && (argument.At(0) == u'-' || argument.At(0) == u'/'))
+            return Usage(console, Say(kTextCfgUnknownOption, argument));
+        else if (!request.file.IsEmpty())
+            return Usage(console, Say(kTextCfgOneFile, argument));
+        else
+            request.file = argument;
+    }
+
+    if (!productGiven || typedProduct.IsEmpty())
+        return Usage(console, TransferMessage(kTextCfgNeedsProduct));
+    request.product = CanonicalProductName(typedProduct);
+    if (request.product.IsEmpty())
+        return Usage(console, Say(kTextCfgNoProduct, typedProduct));
+    if (request.dryRun && request.command != KelCfgRequest::Command::Import)
+        return Usage(console, TransferMessage(kTextCfgDryRunOnlyImport));
+    if (request.file.IsEmpty() && request.command != KelCfgRequest::Command::Export)
+        return Usage(console, Say(kTextCfgNeedsFile, command));
+    return true;
+}
+
+KelText FindKelCfgConfiguration(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    const KelText fileName = SettingsFileNameFor(request.product);
+    if (!request.config.IsEmpty())
+    {
+        const KelText folder = FullFolder(request.config);
+        if (FolderHoldsFile(app, folder, fileName))
+            return folder;
+        for (const ConfigCandidate& candidate :
+             GatherConfigurations(app, request.product, fileName))
+            if (candidate.name == request.config)
+                return candidate.folder;
+        console.Err(Say(kTextCfgNotAConfiguration, request.config, fileName, request.product));
+        return KelText();
+    }
+
+    // As the editor starts: the stored start folder first.
+    KelText startIn;
+    RegistryKey branch(app.GetRegistryKeyPath(request.product, true));
+    if (branch.IsOpen() && branch.ReadString(u"StartIn", startIn) == RegistryRead::Ok &&
+        FolderHoldsFile(app, startIn, fileName))
+        return NormaliseFolder(startIn);
+
+    const std::vector<ConfigCandidate> candidates =
+        GatherConfigurations(app, request.product, fileName);
+    if (candidates.size() == 1)
+        return candidates.front().folder;
+    if (candidates.empty())
+    {
+        for (const KelText& fallback : {app.SettingsFolder(), app.ProgramFolder()})
+            if (FolderHoldsFile(app, fallback, fileName))
+                return NormaliseFolder(fallback);
+        console.Err(Say(kTextCfgNoConfiguration, request.product));
+        return KelText();
+    }
+    console.Err(Say(kTextCfgSeveralConfigurations, request.product));
+    for (const ConfigCandidate& candidate : candidates)
+        console.Err(u"  " + candidate.name + u"  " + candidate.folder);
+    return KelText();
+}
+
+int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
+                  const KelText& timestamp)
+{
+    const KelText folder = FindKelCfgConfiguration(app, request, console);
+    if (folder.IsEmpty())
+        return kCfgFailed;
+    SettingsTransfer transfer(app, SettingsContext::Instance(), request.product, folder);
+
+    if (request.command == KelCfgRequest::Command::Export)
+    {
+        const KelText text = transfer.Export(timestamp);
+        if (request.file.IsEmpty())
+        {
+            console.Out(text);
+            return kCfgDone;
+        }
+        if (!WriteWholeFile(request.file, text.ToUtf8()))
+        {
+            console.Err(Say(kTextCfgFileNotWritten, request.file));
+            return kCfgFailed;
+        }
+        console.Err(Say(kTextCfgExported, request.product, request.file));
+        return kCfgDone;
+    }
+
+    std::string bytes;
+    if (!GetPlatformFileSystem().ReadBytes(request.file, bytes))
+    {
+        console.Err(Say(kTextCfgFileNotRead, request.file));
+        return kCfgFailed;
+    }
+    SettingsTransfer::Mode mode = SettingsTransfer::Mode::Apply;
+    if (request.command == KelCfgRequest::Command::Diff)
+        mode = SettingsTransfer::Mode::Diff;
+    else if (request.dryRun)
+        mode = SettingsTransfer::Mode::DryRun;
+    const TransferOutcome outcome = transfer.Import(bytes, mode);
+    for (const KelText& change : outcome.changes)
+        console.Out(change + u"\r\n");
+    for (const KelText& message : outcome.messages)
+        console.Err(message);
+    return outcome.exitCode;
+}
+
+int32_t KelCfgMain(const std::vector<KelText>& arguments, const KelText& commandLine,
+                   CfgConsole& console)
+{
+    ConsoleInteraction interaction(console);
+    int32_t exitCode = kCfgFailed;
+    try
+    {
+        SetApplication(new AppEntry(GetModuleHandleW(nullptr), nullptr, nullptr, &interaction));
+        AppEntry& app = *GetAppEntry();
+        app.SetCommandLine(commandLine);
+        // As the editor starts: the dictionary in the language of "/l=" or
+        // the product's, then the message switches, then the release.
+        TextHolder::Instance().Load(
+            KelText(u"diction.ary"),
+            StartupLanguage(commandLine, ProductFromCommandLine(commandLine)), false);
+        RegisterEditorSwitches(app);
+        KelCfgRequest request;
+        if (!ParseKelCfgArguments(arguments, request, console))
+            exitCode = kCfgUsage;
+        else
+        {
+            app.SetApplicationName(KelText(kApplicationName));
+            app.SetProductName(request.product);
+            app.RegisterRelease(request.product, KelText(kRelease), true);
+            exitCode = RunKelCfg(app, request, console, LocalTimestamp());
+        }
+    }
+    catch (const std::exception& error)
+    {
+        console.Err(KelText::FromUtf8(error.what()));
+        exitCode = kCfgFailed;
+    }
+    DestroyApplication();
+    return exitCode;
+}

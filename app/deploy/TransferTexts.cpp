@@ -1,0 +1,72 @@
+#include "app/deploy/TransferTexts.h"
+
+namespace
+{
+struct EnglishText
+{
+    int32_t number;
+    const char16_t* text;
+};
+
+// The English wording of every text, as lang/English.txt has it.
+const EnglishText englishTexts[] = {
+    {9800,
+     u"Usage:\n  kelcfg export -app=<product> [-config=<folder>] [<file>]\n  kelcfg import "
+     u"-app=<product> [-config=<folder>] <file> [--dry-run]\n  kelcfg diff -app=<product> "
+     u"[-config=<folder>] <file>\n\nexport writes the product's settings to the file (to standard "
+     u"output without a file); import sets the values that the file gives (--dry-run only shows "
+     u"the changes); diff shows the changes that an import would make.\nProducts: Plotwise, "
+     u"Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost. /l=<language> "
+     u"chooses the language of the messages.\nExit codes: 0 done, 1 the file has errors or the "
+     u"settings could not be written, 2 the command line is wrong."},
+    {9801, u"Unknown command \"%s\"."},
+    {9802, u"Name the product with -app=<product>."},
+    {9803, u"\"%s\" is not a product."},
+    {9804, u"Unknown option \"%s\"."},
+    {9805, u"The command %s needs a file."},
+    {9806, u"Name one file only; \"%s\" is one too many."},
+    {9807, u"--dry-run goes with the command import only."},
+    {9808, u"No configuration of %s was found. Name its folder with -config=<folder>."},
+    {9809, u"%s has several configurations; choose one with -config=<folder>:"},
+    {9810,
+     u"\"%s\" is neither a folder that holds the settings file %s nor a configuration of %s."},
+    {9811, u"The file \"%s\" could not be read."},
+    {9812, u"The file \"%s\" could not be written."},
+    {9813, u"line %i: %s"},
+    {9814, u"the line is neither a [Section], a \"Key = Value\" line nor a comment"},
+    {9815, u"the value comes before the first [Section]"},
+    {9816, u"%s has no section [%s]"},
+    {9817, u"section [%s] has no key \"%s\""},
+    {9818, u"\"%s\" must be one of %s"},
+    {9819, u"\"%s\" is already given on line %i"},
+    {9820, u"section [%s] is already given on line %i"},
+    {9821, u"automatic login can be switched off here, never on"},
+    {9822, u"only Cutwise can change \"%s\""},
+    {9823, u"\"%s\" needs a folder"},
+    {9824, u"remove the note \"%s\" from the value of \"%s\""},
+    {9825, u"%s does not store \"%s\"; it is left as it is"},
+    {9826, u"a web link is \"name=address\" with an address (no name for the default link)"},
+    {9827, u"The file has errors; nothing was written."},
+    {9828, u"No changes."},
+    {9829, u"Values changed: %i."},
+    {9830, u"Dry run: nothing was written."},
+    {9831, u"The settings could not be written: %s"},
+    {9832, u"Everything that had been written was put back as it was."},
+    {9833, u"Putting back failed: %s"},
+    {9834, u"%s was not stored as meant"},
+    {9835, u"the text is not UTF-8"},
+    {9836, u"The settings of %s were exported to \"%s\"."},
+    {9837, u"Note: %s"},
+    {9838, u"Nothing was written: \"%s\" could not be read first."},
+    {9839, u"Values that an import would change: %i."},
+    {9840, u"\"%s =\" without a value stands for no links at all; it cannot come with other links"},
+};
+} // namespace
+
+KelText TransferMessage(TransferText number)
+{
+    for (const EnglishText& english : englishTexts)
+        if (english.number == number)
+            return DictTextOr(number, english.text);
+    return DictTextOr(number, u"");
+}
