@@ -152,9 +152,10 @@ void SaveScreenshot(const std::wstring& path, HWND window)
     {
         if (!IsWindow(window))
             throw Error(L"cannot capture " + path + L": the window no longer exists");
-        // Other tests may share the display: bring the window up and let it
-        // paint before its rectangle is copied.
-        SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+        // Other tests may share the display and open windows of their own at
+        // any moment: keep the window above them (topmost) while its
+        // rectangle is copied, and let it paint first.
+        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
         RedrawWindow(window, nullptr, nullptr,
                      RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
         Send(window, WM_NULL);
@@ -168,6 +169,8 @@ void SaveScreenshot(const std::wstring& path, HWND window)
     if (file.has_parent_path())
         std::filesystem::create_directories(file.parent_path(), ignored);
     Capture capture = CaptureScreen(rect);
+    if (window)
+        SetWindowPos(window, HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     try
     {
         SavePng(capture, path);
