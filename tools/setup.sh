@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building, running and testing EditKel needs on Debian 12:
 # the MinGW-w64 cross compilers, Wine with its own fonts (Marlett draws the
-# title-bar buttons, Tahoma the dialogs), a virtual display, CMake, GoogleTest,
+# title-bar buttons, Tahoma the dialogs), a virtual display, wixl (msitools'
+# MSI builder, for the installer), CMake, GoogleTest,
 # Google Benchmark, inih (the benchmark's reference parser) and clang for the
 # fuzzers. Packages already present are left alone.
 set -euo pipefail
@@ -11,6 +12,7 @@ packages=(
     g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 mingw-w64-x86-64-dev
     wine wine64 fonts-wine
     xvfb xauth x11-utils imagemagick
+    wixl
     googletest libbenchmark-dev libinih-dev
     clang-14 libclang-rt-14-dev
 )

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Sets everything up and runs every test of EditKel:
 #   1. installs the packages (tools/setup.sh),
-#   2. builds the Windows cross build and runs its tests under Wine
-#      (core tests, in-process Windows tests, end-to-end scenarios),
+#   2. builds the Windows cross build with its installer (build/dist/: the
+#      MSI, the portable zip, SHA256SUMS) and runs its tests under Wine (core
+#      tests, in-process Windows tests, end-to-end scenarios, the installer
+#      in a prefix of its own) and checks the release folder's sums,
 #   3. builds the portable layers natively and runs their tests under
 #      AddressSanitizer and UndefinedBehaviorSanitizer,
 #   4. builds the fuzz targets with clang and runs each one briefly,
@@ -26,6 +28,9 @@ cmake --build --preset windows -j "$jobs"
 
 step "Windows tests under Wine"
 ctest --preset windows -j "$jobs"
+
+step "release folder"
+(cd build/dist && sha256sum --check --strict SHA256SUMS)
 
 step "native build (ASan + UBSan)"
 cmake --preset native >/dev/null
