@@ -4,7 +4,9 @@
 #   2. builds the Windows cross build with its installer (build/dist/: the
 #      MSI, the portable zip, SHA256SUMS) and runs its tests under Wine (core
 #      tests, in-process Windows tests, end-to-end scenarios, the installer
-#      in a prefix of its own) and checks the release folder's sums,
+#      in a prefix of its own), checks the release folder's sums and
+#      refreshes the README's gallery (docs/gallery/) from the scenarios'
+#      screenshots,
 #   3. builds the portable layers natively and runs their tests under
 #      AddressSanitizer and UndefinedBehaviorSanitizer,
 #   4. builds the fuzz targets with clang and runs each one briefly,
@@ -29,8 +31,9 @@ cmake --build --preset windows -j "$jobs"
 step "Windows tests under Wine"
 ctest --preset windows -j "$jobs"
 
-step "release folder"
+step "release folder and gallery"
 (cd build/dist && sha256sum --check --strict SHA256SUMS)
+bash tools/refresh-gallery.sh build/windows
 
 step "native build (ASan + UBSan)"
 cmake --preset native >/dev/null
