@@ -85,20 +85,6 @@ struct ReadLink
     KelText link;
 };
 
-bool SameValues(const std::vector<StoredValue>& stored, const std::vector<StoredValue>& wanted)
-{
-    if (stored.size() != wanted.size())
-        return false;
-    return std::all_of(wanted.begin(), wanted.end(),
-                       [&stored](const StoredValue& value)
-                       {
-                           return std::any_of(stored.begin(), stored.end(),
-                                              [&value](const StoredValue& there) {
-                                                  return there.name.SameAs(value.name) &&
-                                                         there.data.SameAs(value.data);
-                                              });
-                       });
-}
 } // namespace
 
 // --- WebLinksValues -----------------------------------------------------------------
@@ -179,15 +165,9 @@ PageReport WebLinksValues::Save()
     for (size_t i = 0; i < links.size(); ++i)
         wanted.push_back({ValueName(i, links[i]), AddressOf(links[i])});
 
+    // The whole list is written every time, in its current order, replacing
+    // what was there.
     const KelText path = KeyPath();
-    {
-        // A list that is stored as it stands needs no write (and no right to write).
-        RegistryKey current(path);
-        if (SameValues(current.IsOpen() ? StringValues(current) : std::vector<StoredValue>(),
-                       wanted))
-            return PageReport::Accepted();
-    }
-
     RegistryKey key;
     if (!key.Create(path))
         return WebLinksNotSaved();
