@@ -1,0 +1,12 @@
+# kelcfg's export and import engine in-process under Wine: every product's
+# settings exported and imported into a release of the test's own, the pages'
+# rules on hand-written files, malformed files, a failure part-way through an
+# import, dry runs, and the command line with its configuration search.
+if(NOT TARGET kelwinsupport)
+    include(${CMAKE_CURRENT_LIST_DIR}/support/support.cmake)
+endif()
+file(GLOB _kel_deploy_tests CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/deploy/*.cpp)
+kel_add_test(win_deploy
+    SOURCES ${_kel_deploy_tests}
+    LIBS kelwinsupport kelapp
+    TIMEOUT 300)
