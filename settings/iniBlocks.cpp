@@ -20,45 +20,46 @@ void iniBlock::ClearItems() {}
 
 void iniBlock::Write(iniLines& lines)
 {
-    const int32_t header = lines.FindSection(section);
-    int32_t pos;
-    if (header < 0)
+    const iniLine* header = lines.FindSection(section.View());
+    if (!header)
     {
         KelText headerLine(u"[");
         headerLine += section;
         headerLine += u']';
-        lines.Insert(0, std::move(headerLine));
-        lines.Insert(1, KelText()); // the empty line after the items
-        pos = 1;
+        header = lines.InsertAfter(nullptr, headerLine.View());
+        lines.InsertAfter(header, {}); // the empty line after the items
     }
     else
     {
-        pos = header + 1;
-        lines.Remove(pos, lines.SectionEnd(header) - pos);
-        if (pos < lines.Count())
-            lines.Insert(pos, KelText()); // keep the next section apart
+        int32_t body = 0;
+        for (const iniLine* line = header->Next(); line && !line->IsBoundary(); line = line->Next())
+            ++body;
+        lines.RemoveAfter(header, body);
+        if (header->Next())
+            lines.InsertAfter(header, {}); // keep the next section apart
     }
+    // Each item after the one before, so all of them come before that empty line.
+    const iniLine* at = header;
     for (int32_t index = 0;; ++index)
     {
         KelText item = GetItem(index);
         item.Trim();
         if (item.IsEmpty())
             break; // an empty item ends the written list
-        lines.Insert(pos++, std::move(item));
+        at = lines.InsertAfter(at, item.View());
     }
 }
 
 void iniBlock::Read(iniLines& lines)
 {
-    const int32_t header = lines.FindSection(section);
+    const iniLine* header = lines.FindSection(section.View());
     ClearItems();
     int32_t added = 0;
-    if (header >= 0)
+    if (header)
     {
-        const int32_t end = lines.SectionEnd(header);
-        for (int32_t pos = header + 1; pos < end; ++pos)
+        for (const iniLine* at = header->Next(); at && !at->IsBoundary(); at = at->Next())
         {
-            KelText line = lines[pos];
+            KelText line(at->c_str(), at->Length());
             line.Trim();
             if (!line.IsEmpty())
                 AddItem(line.c_str(), added++);

@@ -45,35 +45,38 @@ void iniStruct::Write(iniLines& lines)
     line += u'=';
     line += value;
 
-    const int32_t header = lines.FindSection(section);
-    if (header < 0)
+    const iniLine* header = lines.FindSection(section.View());
+    if (!header)
     {
-        lines.Insert(0, KelText());
-        lines.Insert(1, HeaderLine(section));
-        lines.Insert(2, std::move(line));
+        const iniLine* blank = lines.InsertAfter(nullptr, {});
+        const iniLine* added = lines.InsertAfter(blank, HeaderLine(section).View());
+        lines.InsertAfter(added, line.View());
         return;
     }
-    const int32_t found = lines.FindKey(header, key);
-    if (found >= 0)
-        lines.Replace(found, std::move(line));
+    if (const iniLine* found = lines.FindKey(header, key.View()))
+        lines.Replace(found, line.View());
     else
-        lines.Insert(header + 1, std::move(line));
+        lines.InsertAfter(header, line.View());
 }
 
 void iniStruct::Read(iniLines& lines)
 {
-    const int32_t header = lines.FindSection(section);
-    const int32_t found = header < 0 ? -1 : lines.FindKey(header, key);
-    if (found < 0)
+    const iniLine* header = lines.FindSection(section.View());
+    const iniLine* found = header ? lines.FindKey(header, key.View()) : nullptr;
+    if (!found)
     {
         SetText(nullptr);
         return;
     }
-    const KelText& line = lines[found];
-    const int32_t equals = line.Find(u'=');
-    KelText value = line.Sub(equals + 1, line.Length());
-    value.Trim();
-    SetText(value.c_str()); // an empty value is empty text, not null
+    // The value after the first "=", blanks and tabs trimmed from both ends.
+    std::u16string_view value = found->View();
+    value.remove_prefix(value.find(u'=') + 1);
+    while (!value.empty() && (value.front() == u' ' || value.front() == u'\t'))
+        value.remove_prefix(1);
+    while (!value.empty() && (value.back() == u' ' || value.back() == u'\t'))
+        value.remove_suffix(1);
+    const KelText text(value.data(), int32_t(value.size()));
+    SetText(text.c_str()); // an empty value is empty text, not null
 }
 
 // ---------------------------------------------------------------------------

@@ -44,6 +44,12 @@ bool Widen(uint32_t codePage, const char* bytes, size_t size, std::u16string& un
     return true;
 }
 
+// Whether line begins with "[" and ends with "]".
+bool IsHeaderLine(const iniLine& line)
+{
+    return line.IsBoundary() && line.c_str()[line.Length() - 1] == u']';
+}
+
 // The file's bytes as UTF-16, the encoding chosen by the byte-order mark.
 bool Decode(const std::string& bytes, std::u16string& units)
 {
@@ -86,12 +92,13 @@ void iniFile::Clear()
 
 int32_t iniFile::Load()
 {
-    std::string bytes;
-    return LoadFrom(bytes);
+    return LoadFrom(nullptr);
 }
 
-int32_t iniFile::LoadFrom(std::string& bytes)
+int32_t iniFile::LoadFrom(std::string* keep)
 {
+    std::string read;
+    std::string& bytes = keep ? *keep : read;
     bytes.clear();
     if (path.IsEmpty())
         return 0;
@@ -101,25 +108,8 @@ int32_t iniFile::LoadFrom(std::string& bytes)
     std::u16string units;
     if (!Decode(bytes, units))
         return 0;
-
-    // One pass: split at LF (dropping a CR before it), and turn every NUL,
-    // which would end a text early, into the replacement character.
-    char16_t* const begin = units.data();
-    char16_t* const end = begin + units.size();
-    char16_t* start = begin;
-    for (char16_t* at = begin; at != end; ++at)
-    {
-        if (*at == 0)
-            *at = kReplacement;
-        else if (*at == u'\n')
-        {
-            const char16_t* stop = (at > start && at[-1] == u'\r') ? at - 1 : at;
-            lines.Append(KelText(start, int32_t(stop - start)));
-            start = at + 1;
-        }
-    }
-    if (start != end) // a last line without line end
-        lines.Append(KelText(start, int32_t(end - start)));
+    std::string().swap(read); // the bytes are not needed any more: less held at once
+    lines.Assign(std::move(units));
     loaded = 1;
     return 1;
 }
@@ -133,23 +123,26 @@ int32_t iniFile::SaveOver(const std::string* previous, int32_t report)
 {
     if (path.IsEmpty())
         return 0;
-    int32_t count = lines.Count();
-    while (count > 0 && lines[count - 1].IsEmpty())
-        --count;
+    // The empty lines at the end are not written.
+    const iniLine* last = nullptr;
+    size_t total = 1;
+    for (const iniLine* line = lines.First(); line; line = line->Next())
+    {
+        total += size_t(line->Length()) + 2;
+        if (!line->IsEmpty())
+            last = line;
+    }
 
     // The whole new content, built without the formatter (lines have no length limit).
-    size_t total = 1;
-    for (int32_t i = 0; i < count; ++i)
-        total += size_t(lines[i].Length()) + 2;
     std::u16string content;
     content.reserve(total);
     content += kByteOrderMark;
-    for (int32_t i = 0; i < count; ++i)
+    for (const iniLine* line = lines.First(); last && line != last->Next(); line = line->Next())
     {
         // A line feed inside a line (only the program can put one there) would
         // split it in two, and could even start a section: it is written as a blank.
         const size_t from = content.size();
-        content += lines[i].View();
+        content += line->View();
         std::replace(content.begin() + ptrdiff_t(from), content.end(), u'\n', u' ');
         content += u"\r\n";
     }
@@ -226,7 +219,7 @@ int32_t iniFile::SaveEntries(const char16_t* section, const char16_t* key, int32
     bool known = false;
     if (!loaded)
     {
-        known = LoadFrom(previous) != 0;
+        known = LoadFrom(&previous) != 0;
         if (!known)
         {
             if (!path.IsEmpty() && GetFileSystem().Exists(path))
@@ -263,28 +256,28 @@ int32_t iniFile::List(const char16_t* section, const char16_t* key, TextPtrArray
     int32_t added = 0;
     if (!section || !*section)
     {
-        for (int32_t i = 0; i < lines.Count(); ++i)
+        for (const iniLine* at = lines.First(); at; at = at->Next())
         {
-            const KelText& line = lines[i];
-            if (line.At(0) == u'[' && line.Find(u']') == line.Length())
+            const std::u16string_view line = at->View();
+            if (at->IsBoundary() && line.find(u']') == line.size() - 1)
             {
-                out->Add(new KelText(line.Sub(2, line.Length() - 2)));
+                out->Add(new KelText(line.data() + 1, int32_t(line.size()) - 2));
                 ++added;
             }
         }
         return added;
     }
-    const int32_t header = lines.FindSection(KelText(section));
-    if (header < 0)
+    const iniLine* header = lines.FindSection(std::u16string_view(section));
+    if (!header)
         return 0;
     const KelText wanted(key);
-    for (int32_t i = header + 1; i < lines.Count(); ++i)
+    for (const iniLine* at = header->Next(); at; at = at->Next())
     {
-        const KelText& line = lines[i];
-        if (line.At(0) == u'[' && line.At(line.Length() - 1) == u']')
+        if (IsHeaderLine(*at))
             break;
-        if (line.IsEmpty())
+        if (at->IsEmpty())
             continue;
+        const KelText line(at->c_str(), at->Length());
         const int32_t equals = line.Find(u'=');
         if (wanted.IsEmpty())
         {
@@ -306,25 +299,25 @@ int32_t iniFile::SetValue(const char16_t* section, const char16_t* key, const ch
 {
     if (!loaded)
         Load();
-    const int32_t header = lines.FindSection(KelText(section));
-    if (header < 0)
+    const iniLine* header = lines.FindSection(KelText(section).View());
+    if (!header)
         return 0;
     const KelText wanted(key);
-    for (int32_t i = header + 1; i < lines.Count(); ++i)
+    for (const iniLine* at = header->Next(); at; at = at->Next())
     {
-        const KelText& line = lines[i];
-        if (line.IsEmpty())
+        if (at->IsEmpty())
             continue;
         // Only a line that is just "[" passes this end test, so the scan runs
         // on through later sections; a long-standing rule that callers know.
-        if (line.At(0) == u'[' && line.Find(u'[') == line.Length())
+        if (at->View() == u"[")
             break;
-        if (line.StartsWith(wanted.c_str()))
+        if (at->Length() >= wanted.Length() &&
+            iniLines::SameFolded(at->View().substr(0, size_t(wanted.Length())), wanted.View()))
         {
             KelText replaced(wanted);
             replaced += u'=';
             replaced += value;
-            lines.Replace(i, std::move(replaced));
+            lines.Replace(at, replaced.View());
             return 1;
         }
     }

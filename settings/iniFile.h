@@ -104,8 +104,8 @@ public:
     iniLines lines;
 
 private:
-    // Load, leaving the file's bytes in bytes.
-    int32_t LoadFrom(std::string& bytes);
+    // Load, leaving the file's bytes in *keep when it is not null.
+    int32_t LoadFrom(std::string* keep);
     // Save; previous is the file's current content when the caller has just
     // read it (null: read it here).
     int32_t SaveOver(const std::string* previous, int32_t report);

@@ -1,57 +1,144 @@
 #include "settings/iniLines.h"
 
 #include <algorithm>
-#include <new>
+#include <cstring>
 
-iniLines::~iniLines()
+namespace
 {
-    Clear();
+char16_t Fold(char16_t ch)
+{
+    return (ch >= u'a' && ch <= u'z') ? char16_t(ch - 32) : ch;
 }
 
-const KelText& iniLines::Line(int32_t pos) const
+// FNV-1a over the folded units, continued from `hash`.
+constexpr uint64_t kHashStart = 14695981039346656037ull;
+
+uint64_t HashFolded(std::u16string_view text, uint64_t hash = kHashStart)
 {
-    static const KelText none;
-    return (pos >= 0 && pos < Count()) ? *items[size_t(pos)] : none;
+    for (const char16_t ch : text)
+        hash = (hash ^ Fold(ch)) * 1099511628211ull;
+    return hash;
 }
 
-KelText* iniLines::MakeLine(KelText&& text)
+// Whether line is a header line, "[" ... "]".
+bool IsHeader(const iniLine& line)
 {
-    void* place;
-    if (!freeSlots.empty())
-    {
-        place = freeSlots.back();
-        freeSlots.pop_back();
-    }
-    else
-    {
-        if (blockUsed == blockSize)
+    return line.IsBoundary() && line.c_str()[line.Length() - 1] == u']';
+}
+
+// The hash that a header line for `section` has: that of "[" + section + "]".
+uint64_t HeaderHash(std::u16string_view section)
+{
+    return HashFolded(u"]", HashFolded(section, HashFolded(u"[")));
+}
+
+bool IsHeaderFor(const iniLine& line, std::u16string_view section)
+{
+    const std::u16string_view text = line.View();
+    return text.size() == section.size() + 2 && IsHeader(line) &&
+           iniLines::SameFolded(text.substr(1, section.size()), section);
+}
+} // namespace
+
+// The lines from one line that begins with "[" up to the next one.
+struct iniLines::Segment
+{
+    explicit Segment(iniLine* line) : header(line) {}
+    iniLine* header;
+    // Key lines by their folded key: the first one of each key in the segment.
+    Table keys;
+    bool keysBuilt = false;
+};
+
+// ---------------------------------------------------------------------------
+// hash tables
+
+namespace
+{
+template <typename TableType>
+void Grow(TableType& table)
+{
+    using Slot = typename TableType::Slot;
+    const size_t size = table.slots.empty() ? 16 : table.slots.size() * 2;
+    std::vector<Slot> old;
+    old.swap(table.slots);
+    table.slots.assign(size, Slot{0, nullptr});
+    for (const Slot& slot : old)
+        if (slot.line)
         {
-            // Blocks grow with the document: small files stay small.
-            blockSize = std::clamp(blockSize * 2, 64, 4096);
-            blocks.push_back(std::make_unique_for_overwrite<Slot[]>(size_t(blockSize)));
-            blockUsed = 0;
+            size_t at = size_t(slot.hash) & (size - 1);
+            while (table.slots[at].line)
+                at = (at + 1) & (size - 1);
+            table.slots[at] = slot;
         }
-        place = &blocks.back()[size_t(blockUsed++)];
-    }
-    return new (place) KelText(std::move(text));
 }
 
-void iniLines::DestroyLine(KelText* line)
+// The slot that holds the line `same` accepts under `hash`, or the free slot
+// where it would go (with room made for it).
+template <typename TableType, typename Same>
+typename TableType::Slot& Lookup(TableType& table, uint64_t hash, Same same)
 {
-    line->~KelText();
-    freeSlots.push_back(line);
+    if ((table.used + 1) * 4 > table.slots.size() * 3)
+        Grow(table);
+    const size_t mask = table.slots.size() - 1;
+    for (size_t at = size_t(hash) & mask;; at = (at + 1) & mask)
+    {
+        auto& slot = table.slots[at];
+        if (!slot.line || (slot.hash == hash && same(*slot.line)))
+            return slot;
+    }
 }
+
+// The line `same` accepts under `hash`, or null; never changes the table.
+template <typename TableType, typename Same>
+iniLine* Find(const TableType& table, uint64_t hash, Same same)
+{
+    if (table.slots.empty())
+        return nullptr;
+    const size_t mask = table.slots.size() - 1;
+    for (size_t at = size_t(hash) & mask;; at = (at + 1) & mask)
+    {
+        const auto& slot = table.slots[at];
+        if (!slot.line)
+            return nullptr;
+        if (slot.hash == hash && same(*slot.line))
+            return slot.line;
+    }
+}
+
+// Enters line under hash; an existing entry that `same` accepts is replaced
+// only when `replace` is set. Answers the line now entered.
+template <typename TableType, typename Same>
+iniLine* Enter(TableType& table, uint64_t hash, iniLine* line, Same same, bool replace)
+{
+    auto& slot = Lookup(table, hash, same);
+    if (!slot.line)
+    {
+        slot = {hash, line};
+        ++table.used;
+    }
+    else if (replace)
+        slot.line = line;
+    return slot.line;
+}
+
+template <typename TableType>
+void Empty(TableType& table)
+{
+    table.slots.clear();
+    table.used = 0;
+}
+} // namespace
 
 // ---------------------------------------------------------------------------
 // grammar helpers
 
-bool iniLines::KeyOf(const KelText& line, std::u16string_view& key)
+bool iniLines::KeyOf(std::u16string_view line, std::u16string_view& key)
 {
-    const std::u16string_view text = line.View();
-    const size_t equals = text.find(u'=');
+    const size_t equals = line.find(u'=');
     if (equals == std::u16string_view::npos)
         return false;
-    key = text.substr(0, equals);
+    key = line.substr(0, equals);
     return true;
 }
 
@@ -60,259 +147,399 @@ bool iniLines::SameFolded(std::u16string_view a, std::u16string_view b)
     if (a.size() != b.size())
         return false;
     for (size_t i = 0; i < a.size(); ++i)
-        if (KelText::Fold(a[i]) != KelText::Fold(b[i]))
+        if (a[i] != b[i] && Fold(a[i]) != Fold(b[i]))
             return false;
     return true;
 }
 
-std::u16string iniLines::Folded(std::u16string_view text)
+// ---------------------------------------------------------------------------
+// lines and their storage
+
+iniLines::iniLines() = default;
+
+iniLines::~iniLines()
 {
-    std::u16string folded(text);
-    for (char16_t& ch : folded)
-        ch = KelText::Fold(ch);
-    return folded;
+    Clear();
+}
+
+iniLine* iniLines::NewLine(std::u16string_view text)
+{
+    iniLine* line;
+    if (freeLines)
+    {
+        line = freeLines;
+        freeLines = line->next;
+        *line = iniLine();
+    }
+    else
+    {
+        if (blockUsed == blockSize)
+        {
+            // Blocks grow with the document: small files stay small.
+            blockSize = std::clamp(blockSize * 2, 64, 4096);
+            blocks.emplace_back(new iniLine[size_t(blockSize)]);
+            blockUsed = 0;
+        }
+        line = &blocks.back()[size_t(blockUsed++)];
+    }
+    SetText(line, text);
+    return line;
+}
+
+void iniLines::FreeText(iniLine* line)
+{
+    if (line->owned)
+        delete[] line->text;
+    line->text = u"";
+    line->length = 0;
+    line->owned = false;
+}
+
+void iniLines::SetText(iniLine* line, std::u16string_view text)
+{
+    FreeText(line);
+    if (text.empty())
+        return;
+    char16_t* copy = new char16_t[text.size() + 1];
+    std::memcpy(copy, text.data(), text.size() * sizeof(char16_t));
+    copy[text.size()] = 0;
+    line->text = copy;
+    line->length = int32_t(text.size());
+    line->owned = true;
+}
+
+void iniLines::LinkAfter(iniLine* at, iniLine* line)
+{
+    iniLine*& link = at ? at->next : head;
+    line->next = link;
+    link = line;
+    ++count;
+    ordered = false;
+}
+
+void iniLines::Clear()
+{
+    for (iniLine* line = head; line; line = line->next)
+        FreeText(line);
+    head = nullptr;
+    count = 0;
+    std::u16string().swap(loadedText);
+    blocks.clear();
+    blockSize = blockUsed = 0;
+    freeLines = nullptr;
+    DropIndex();
+    ordered = false;
+    std::vector<const iniLine*>().swap(order);
+}
+
+void iniLines::Assign(std::u16string&& text)
+{
+    Clear();
+    loadedText = std::move(text);
+    char16_t* const begin = loadedText.data();
+    char16_t* const end = begin + loadedText.size();
+
+    // One record per line, all in one block.
+    const size_t feeds = size_t(std::count(begin, end, u'\n'));
+    const size_t total = feeds + (begin != end && end[-1] != u'\n' ? 1 : 0);
+    if (total == 0)
+    {
+        indexed = true; // an empty document has an empty index
+        return;
+    }
+    iniLine* records = new iniLine[total];
+    blocks.emplace_back(records);
+    blockSize = blockUsed = int32_t(total);
+
+    // One pass: split at LF (dropping a CR before it), turn every NUL, which
+    // would end a line early, into the replacement character, and index the
+    // sections on the way.
+    iniLine* line = records;
+    Segment* current = nullptr;
+    auto add = [&](char16_t* start, char16_t* stop)
+    {
+        *stop = 0; // the CR or LF, or the text's own terminator
+        line->text = start;
+        line->length = int32_t(stop - start);
+        line->next = line + 1;
+        if (*start == u'[')
+        {
+            current = NewSegment(line);
+            if (IsHeader(*line))
+                Enter(
+                    headers, HashFolded(line->View()), line,
+                    [line](const iniLine& other) { return SameFolded(other.View(), line->View()); },
+                    false);
+        }
+        line->segment = current;
+        ++line;
+    };
+    char16_t* start = begin;
+    for (char16_t* at = begin; at != end; ++at)
+    {
+        if (*at == 0)
+            *at = 0xFFFD;
+        else if (*at == u'\n')
+        {
+            add(start, (at > start && at[-1] == u'\r') ? at - 1 : at);
+            start = at + 1;
+        }
+    }
+    if (start != end) // a last line without line end
+        add(start, end);
+    line[-1].next = nullptr;
+    head = records;
+    count = int32_t(total);
+    indexed = true;
+}
+
+const iniLine& iniLines::operator[](int32_t pos) const
+{
+    static const iniLine none;
+    if (pos < 0 || pos >= count)
+        return none;
+    if (!ordered)
+        BuildOrder();
+    return *order[size_t(pos)];
+}
+
+void iniLines::BuildOrder() const
+{
+    order.clear();
+    order.reserve(size_t(count));
+    for (const iniLine* line = head; line; line = line->next)
+        order.push_back(line);
+    ordered = true;
 }
 
 // ---------------------------------------------------------------------------
 // index
 
+iniLines::Segment* iniLines::NewSegment(iniLine* header) const
+{
+    segments.push_back(std::make_unique<Segment>(header));
+    return segments.back().get();
+}
+
 void iniLines::DropIndex() const
 {
     indexed = false;
     segments.clear();
-    headers.clear();
+    Empty(headers);
 }
 
 void iniLines::BuildIndex() const
 {
     DropIndex();
-    int32_t pos = 0;
-    for (const KelText* line : items)
+    Segment* current = nullptr;
+    for (iniLine* line = head; line; line = line->next)
     {
-        // The plain buffer: this runs over every line of a large file.
-        const char16_t* text = line->c_str();
-        if (text[0] == u'[')
+        if (line->IsBoundary())
         {
-            segments.push_back(std::make_unique<Segment>(pos));
-            if (text[line->Length() - 1] == u']')
-                headers.try_emplace(Folded(line->View()), segments.back().get());
+            current = NewSegment(line);
+            if (IsHeader(*line))
+                Enter(
+                    headers, HashFolded(line->View()), line,
+                    [line](const iniLine& other) { return SameFolded(other.View(), line->View()); },
+                    false);
         }
-        ++pos;
+        line->segment = current;
     }
     indexed = true;
 }
 
-iniLines::SegmentList::iterator iniLines::FirstFrom(int32_t pos) const
+void iniLines::BuildKeys(Segment& segment) const
 {
-    return std::lower_bound(segments.begin(), segments.end(), pos,
-                            [](const std::unique_ptr<Segment>& segment, int32_t value)
-                            { return segment->start < value; });
-}
-
-int32_t iniLines::EndOf(SegmentList::iterator segment) const
-{
-    const auto next = std::next(segment);
-    return next == segments.end() ? Count() : (*next)->start;
-}
-
-void iniLines::BuildKeys(SegmentList::iterator segment) const
-{
-    Segment& s = **segment;
-    const int32_t end = EndOf(segment);
-    s.keys.clear();
+    Empty(segment.keys);
     std::u16string_view key;
-    for (int32_t pos = s.start + 1; pos < end; ++pos)
-        if (KeyOf(*items[size_t(pos)], key))
-            s.keys.try_emplace(Folded(key), end - pos);
-    s.keysBuilt = true;
+    for (iniLine* line = segment.header->next; line && !line->IsBoundary(); line = line->next)
+        if (KeyOf(line->View(), key))
+            Enter(
+                segment.keys, HashFolded(key), line,
+                [key](const iniLine& other)
+                {
+                    std::u16string_view otherKey;
+                    return KeyOf(other.View(), otherKey) && SameFolded(otherKey, key);
+                },
+                false);
+    segment.keysBuilt = true;
 }
 
-void iniLines::Forget(Segment* segment)
+void iniLines::Forget(Segment& segment)
 {
-    segment->keys.clear();
-    segment->keysBuilt = false;
+    Empty(segment.keys);
+    segment.keysBuilt = false;
 }
 
 // ---------------------------------------------------------------------------
 // editing
 
-void iniLines::Insert(int32_t pos, KelText text)
+const iniLine* iniLines::InsertAfter(const iniLine* at_, std::u16string_view text)
 {
-    pos = std::clamp(pos, 0, Count());
-    KelText* line = MakeLine(std::move(text));
-    items.insert(items.begin() + pos, line);
+    iniLine* at = const_cast<iniLine*>(at_);
+    iniLine* line = NewLine(text);
+    LinkAfter(at, line);
     if (!indexed)
-        return;
+        return line;
 
-    // Every section that started at or after pos moves down one line.
-    auto first = FirstFrom(pos);
-    for (auto it = first; it != segments.end(); ++it)
-        ++(*it)->start;
-    // The section whose body receives the line (none before the first header).
-    const bool hasOwner = first != segments.begin();
-    Segment* owner = hasOwner ? std::prev(first)->get() : nullptr;
-
-    if (IsBoundary(*line))
+    // The segment that `at` belongs to (the one it starts, when it begins
+    // with "["): the new line lands in its body.
+    Segment* owner = at ? at->segment : nullptr;
+    if (line->IsBoundary())
     {
-        // A new section starts here and takes over the owner's lines after it.
-        if (owner)
-            Forget(owner);
-        auto fresh = std::make_unique<Segment>(pos);
-        Segment* added = fresh.get();
-        segments.insert(first, std::move(fresh));
-        if (line->At(line->Length() - 1) == u']')
-        {
-            auto [slot, inserted] = headers.try_emplace(Folded(line->View()), added);
-            if (!inserted && slot->second->start > pos)
-                slot->second = added;
-        }
-        return;
-    }
-    if (!owner || !owner->keysBuilt)
-        return;
-    if (pos == owner->start + 1)
-    {
-        // First line of the body: distances from the end stay right, and a
-        // key line here is the first one of its key.
+        // A new segment starts here and takes over the owner's lines after it.
+        Segment* added = NewSegment(line);
+        line->segment = added;
+        bool moved = false;
         std::u16string_view key;
-        if (KeyOf(*line, key))
-            owner->keys.insert_or_assign(Folded(key), EndOf(std::prev(first)) - pos);
+        for (iniLine* next = line->next; next && !next->IsBoundary(); next = next->next)
+        {
+            next->segment = added;
+            moved = true;
+            if (KeyOf(next->View(), key))
+                Enter(
+                    added->keys, HashFolded(key), next,
+                    [key](const iniLine& other)
+                    {
+                        std::u16string_view otherKey;
+                        return KeyOf(other.View(), otherKey) && SameFolded(otherKey, key);
+                    },
+                    false);
+        }
+        added->keysBuilt = true;
+        if (owner && moved)
+            Forget(*owner);
+        if (IsHeader(*line))
+        {
+            // Before every other header when no line before it begins with "[".
+            const iniLine* first = Enter(
+                headers, HashFolded(line->View()), line,
+                [line](const iniLine& other) { return SameFolded(other.View(), line->View()); },
+                owner == nullptr);
+            if (first != line && owner)
+                DropIndex(); // an earlier or later twin: which comes first is not known here
+        }
+        return line;
     }
-    else
+
+    line->segment = owner;
+    std::u16string_view key;
+    if (!owner || !owner->keysBuilt || !KeyOf(line->View(), key))
+        return line;
+    auto same = [key](const iniLine& other)
     {
-        Forget(owner);
-    }
+        std::u16string_view otherKey;
+        return KeyOf(other.View(), otherKey) && SameFolded(otherKey, key);
+    };
+    // Directly after the header, a key line is the first of its key; elsewhere
+    // it is only when the segment holds no other line of that key.
+    if (Enter(owner->keys, HashFolded(key), line, same, at == owner->header) != line)
+        Forget(*owner);
+    return line;
 }
 
-void iniLines::Replace(int32_t pos, KelText text)
+void iniLines::Replace(const iniLine* line_, std::u16string_view text)
 {
-    if (pos < 0 || pos >= Count())
-        return;
-    KelText* line = items[size_t(pos)];
+    iniLine* line = const_cast<iniLine*>(line_);
     if (indexed)
     {
-        const bool was = IsBoundary(*line);
-        const bool now = IsBoundary(text);
+        const bool was = line->IsBoundary();
+        const bool now = !text.empty() && text[0] == u'[';
         if (was || now)
         {
-            if (!(was && now && SameFolded(line->View(), text.View())))
+            if (!(was && now && SameFolded(line->View(), text)))
                 DropIndex();
         }
-        else if (const auto first = FirstFrom(pos); first != segments.begin())
+        else if (Segment* owner = line->segment; owner && owner->keysBuilt)
         {
-            Segment* owner = std::prev(first)->get();
             std::u16string_view oldKey, newKey;
-            const bool hadKey = KeyOf(*line, oldKey);
+            const bool hadKey = KeyOf(line->View(), oldKey);
             const bool hasKey = KeyOf(text, newKey);
-            if (owner->keysBuilt && (hadKey != hasKey || (hadKey && !SameFolded(oldKey, newKey))))
-                Forget(owner);
+            if (hadKey != hasKey || (hadKey && !SameFolded(oldKey, newKey)))
+                Forget(*owner);
         }
     }
-    *line = std::move(text);
+    SetText(line, text);
 }
 
-void iniLines::Remove(int32_t pos, int32_t count)
+void iniLines::RemoveAfter(const iniLine* at_, int32_t n)
 {
-    if (pos < 0)
+    iniLine* at = const_cast<iniLine*>(at_);
+    iniLine*& link = at ? at->next : head;
+    iniLine* first = link;
+    iniLine* last = nullptr;
+    int32_t removed = 0;
+    bool boundary = false;
+    for (iniLine* line = first; line && removed < n; line = line->next)
     {
-        count += pos;
-        pos = 0;
+        boundary = boundary || line->IsBoundary();
+        last = line;
+        ++removed;
     }
-    count = std::min(count, Count() - pos);
-    if (count <= 0)
+    if (removed == 0)
         return;
+    iniLine* after = last->next;
+
     if (indexed)
     {
-        bool boundary = false;
-        for (int32_t i = pos; i < pos + count && !boundary; ++i)
-            boundary = IsBoundary(*items[size_t(i)]);
         if (boundary)
-        {
             DropIndex();
-        }
-        else
+        else if (Segment* owner = at ? at->segment : nullptr; owner && owner->keysBuilt)
         {
-            // The lines all lie in one section's body (or before the first header).
-            const auto first = FirstFrom(pos);
-            if (first != segments.begin())
-            {
-                const auto ownerIt = std::prev(first);
-                Segment* owner = ownerIt->get();
-                if (owner->keysBuilt)
-                {
-                    if (pos == owner->start + 1 && pos + count == EndOf(ownerIt))
-                        owner->keys.clear(); // the whole body: known to hold no key
-                    else
-                        Forget(owner);
-                }
-            }
-            for (auto it = first; it != segments.end(); ++it)
-                (*it)->start -= count;
+            // The lines all lie in the body of at's segment.
+            if (at == owner->header && (!after || after->IsBoundary()))
+                Empty(owner->keys); // the whole body: known to hold no key
+            else
+                Forget(*owner);
         }
     }
-    const auto first = items.begin() + pos;
-    for (auto it = first; it != first + count; ++it)
-        DestroyLine(*it);
-    items.erase(first, first + count);
-}
 
-void iniLines::Clear()
-{
-    for (KelText* line : items)
-        line->~KelText();
-    items.clear();
-    freeSlots.clear();
-    blocks.clear();
-    blockSize = blockUsed = 0;
-    DropIndex();
+    link = after;
+    for (iniLine* line = first; line != after;)
+    {
+        iniLine* next = line->next;
+        FreeText(line);
+        line->segment = nullptr;
+        line->next = freeLines;
+        freeLines = line;
+        line = next;
+    }
+    count -= removed;
+    ordered = false;
 }
 
 // ---------------------------------------------------------------------------
 // searches
 
-int32_t iniLines::FindSection(const KelText& section) const
+const iniLine* iniLines::FindSection(std::u16string_view section) const
 {
     if (!indexed)
         BuildIndex();
-    std::u16string header;
-    header.reserve(size_t(section.Length()) + 2);
-    header += u'[';
-    header += Folded(section.View());
-    header += u']';
-    const auto found = headers.find(header);
-    return found == headers.end() ? -1 : found->second->start;
+    return Find(headers, HeaderHash(section),
+                [section](const iniLine& line) { return IsHeaderFor(line, section); });
 }
 
-int32_t iniLines::SectionEnd(int32_t header) const
+const iniLine* iniLines::FindKey(const iniLine* header, std::u16string_view key) const
 {
-    if (header >= Count())
-        return Count();
-    if (!indexed)
-        BuildIndex();
-    const auto next = FirstFrom(std::max(header, -1) + 1);
-    return next == segments.end() ? Count() : (*next)->start;
-}
-
-int32_t iniLines::FindKey(int32_t header, const KelText& key) const
-{
-    if (header < 0 || header >= Count())
-        return -1;
-    if (!indexed)
-        BuildIndex();
-    const auto segment = FirstFrom(header);
-    if (segment == segments.end() || (*segment)->start != header)
+    if (!header)
+        return nullptr;
+    auto same = [key](const iniLine& line)
+    {
+        std::u16string_view lineKey;
+        return KeyOf(line.View(), lineKey) && SameFolded(lineKey, key);
+    };
+    if (!header->IsBoundary())
     {
         // Not a line that begins with "[": no index for it, scan.
-        const int32_t end = SectionEnd(header);
-        std::u16string_view lineKey;
-        for (int32_t pos = header + 1; pos < end; ++pos)
-            if (KeyOf(*items[size_t(pos)], lineKey) && SameFolded(lineKey, key.View()))
-                return pos;
-        return -1;
+        for (const iniLine* line = header->next; line && !line->IsBoundary(); line = line->next)
+            if (same(*line))
+                return line;
+        return nullptr;
     }
-    if (!(*segment)->keysBuilt)
+    if (!indexed)
+        BuildIndex();
+    Segment& segment = *header->segment;
+    if (!segment.keysBuilt)
         BuildKeys(segment);
-    const auto& keys = (*segment)->keys;
-    const auto found = keys.find(Folded(key.View()));
-    return found == keys.end() ? -1 : EndOf(segment) - found->second;
+    return Find(segment.keys, HashFolded(key), same);
 }

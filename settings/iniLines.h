@@ -3,13 +3,12 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
-#include "text/KelText.h"
+class iniLine;
 
-// The lines of a settings file, in order, without their line ends: an owning
-// array of texts together with an index of its sections and keys.
+// The lines of a settings file, in order, without their line ends, together
+// with an index of its sections and keys.
 //
 // Line grammar (nothing else is recognised):
 // - A line whose first character is "[" ends the section before it; it is a
@@ -21,96 +20,142 @@
 //   one. A line that begins with "[" is never a key line (it ends the section).
 // - Every other line is kept verbatim; there is no comment syntax.
 //
+// Lines are named by pointer: a line stays where it is in memory while others
+// are inserted or removed around it, so an edit costs the same wherever it
+// happens and a write of many entries stays linear in the size of the file.
+// Positions (operator[]) are available too; after an insertion or removal
+// the first positional access costs one walk over the document.
+//
 // The searches answer what a scan from the top would find (the first matching
 // header; the first matching key line between that header and the next line
-// that begins with "["), but through an index built once per load, so that
-// looking up many entries in a large file does not rescan it each time. Every
-// edit goes through Insert, Replace or Remove, which keep the index right: the
-// common edits (a key line inserted directly after its header, a key line
-// rewritten with the same key, a section's body removed, a new section put at
-// the top) update it in place; unusual ones drop the affected part, which is
-// rebuilt on the next search.
+// that begins with "["), but through an index: the headers are found by hash,
+// and each section's keys are hashed the first time the section is searched.
+// Every edit keeps the index right. The edits that settings entries make (a
+// line inserted directly after its header or after another inserted line, a
+// key line rewritten with the same key, a section's body removed, a new
+// section put at the top) update it in place; unusual ones drop the affected
+// part, which is rebuilt on the next search.
+//
+// Memory: the text of a loaded file is kept in one buffer (the lines point
+// into it), and each line takes one fixed-size record; lines inserted later
+// hold their own copy of their text.
 class iniLines
 {
 public:
-    iniLines() = default;
+    iniLines();
     ~iniLines();
     iniLines(const iniLines&) = delete;
     iniLines& operator=(const iniLines&) = delete;
 
-    int32_t Count() const { return int32_t(items.size()); }
-    bool IsEmpty() const { return items.empty(); }
-    // The line at pos; the shared empty text outside the document.
-    const KelText& Line(int32_t pos) const;
-    const KelText& operator[](int32_t pos) const { return Line(pos); }
+    int32_t Count() const { return count; }
+    bool IsEmpty() const { return count == 0; }
+    // The first line, null when the document is empty (iniLine::Next walks on).
+    const iniLine* First() const { return head; }
+    // The line at pos; an empty line outside the document.
+    const iniLine& operator[](int32_t pos) const;
 
-    // Inserts text as the line at pos (clamped to 0..Count()).
-    void Insert(int32_t pos, KelText text);
-    void Append(KelText text) { Insert(Count(), std::move(text)); }
-    // Replaces the line at pos; nothing happens outside the document.
-    void Replace(int32_t pos, KelText text);
-    // Deletes count lines from pos on (clamped to the document).
-    void Remove(int32_t pos, int32_t count);
+    // Replaces the document with the lines of a decoded file: split at LF, a
+    // CR directly before the LF dropped, a last line without LF kept when it
+    // is not empty, every NUL read as U+FFFD. The lines keep pointing into the
+    // text, which the document takes over.
+    void Assign(std::u16string&& text);
+    // Inserts text as a new line after `at` (null: at the top) and answers it.
+    const iniLine* InsertAfter(const iniLine* at, std::u16string_view text);
+    // Gives `line` a new text; it keeps its place.
+    void Replace(const iniLine* line, std::u16string_view text);
+    // Deletes up to count lines that follow `at` (null: from the top).
+    void RemoveAfter(const iniLine* at, int32_t count);
     // Deletes every line.
     void Clear();
 
-    // Position of the first header line of section, -1 when there is none.
-    int32_t FindSection(const KelText& section) const;
-    // Position of the first key line for key after the line at header and
-    // before SectionEnd(header), -1 when there is none.
-    int32_t FindKey(int32_t header, const KelText& key) const;
-    // Position of the first line after header that begins with "[", or
-    // Count() when none follows.
-    int32_t SectionEnd(int32_t header) const;
+    // The first header line of section, null when there is none.
+    const iniLine* FindSection(std::u16string_view section) const;
+    // The first key line for key after `header` and before the next line that
+    // begins with "[", null when there is none. `header` may be any line of
+    // the document.
+    const iniLine* FindKey(const iniLine* header, std::u16string_view key) const;
 
-    // Whether line begins with "[" (and so ends the section before it).
-    static bool IsBoundary(const KelText& line) { return line.At(0) == u'['; }
     // The text before the first "=" of line; false when it has no "=".
-    static bool KeyOf(const KelText& line, std::u16string_view& key);
+    static bool KeyOf(std::u16string_view line, std::u16string_view& key);
     // Whether a and b are equal with the ASCII letters folded.
     static bool SameFolded(std::u16string_view a, std::u16string_view b);
 
 private:
-    // The lines from one line that begins with "[" up to the next one.
-    struct Segment
+    friend class iniLine;
+    struct Segment;
+    // An open-addressing hash table of lines by a name drawn from each line
+    // (a header's whole text, a key line's key). It stores the hash of the
+    // folded name beside the line; a lookup confirms a hit on the text.
+    struct Table
     {
-        explicit Segment(int32_t position) : start(position) {}
-        int32_t start;
-        // Folded key -> distance of its first key line from the segment's end.
-        // Counted from the end so that inserting a line directly after the
-        // header (the usual edit) leaves every entry right.
-        std::unordered_map<std::u16string, int32_t> keys;
-        bool keysBuilt = false;
+        struct Slot
+        {
+            uint64_t hash;
+            iniLine* line; // null: free
+        };
+        std::vector<Slot> slots; // a power of two in size, or empty
+        uint32_t used = 0;
     };
-    using SegmentList = std::vector<std::unique_ptr<Segment>>;
 
-    void BuildIndex() const;
+    iniLine* NewLine(std::u16string_view text);
+    void FreeText(iniLine* line);
+    void SetText(iniLine* line, std::u16string_view text);
+    void LinkAfter(iniLine* at, iniLine* line);
     void DropIndex() const;
-    // The first segment that starts at or after pos.
-    SegmentList::iterator FirstFrom(int32_t pos) const;
-    int32_t EndOf(SegmentList::iterator segment) const;
-    void BuildKeys(SegmentList::iterator segment) const;
-    static void Forget(Segment* segment);
-    static std::u16string Folded(std::u16string_view text);
+    void BuildIndex() const;
+    Segment* NewSegment(iniLine* header) const;
+    void BuildKeys(Segment& segment) const;
+    static void Forget(Segment& segment);
+    void BuildOrder() const;
 
-    // The lines are owned here. Their objects come from blocks that hold many
-    // lines each (one allocation per block rather than per line, which matters
-    // when a large file is read); a removed line's slot is used again.
-    struct alignas(KelText) Slot
-    {
-        unsigned char raw[sizeof(KelText)];
-    };
-    KelText* MakeLine(KelText&& text);
-    void DestroyLine(KelText* line);
-
-    std::vector<KelText*> items;
-    std::vector<std::unique_ptr<Slot[]>> blocks;
+    iniLine* head = nullptr;
+    int32_t count = 0;
+    // The text of the loaded file, which its lines point into.
+    std::u16string loadedText;
+    // Line records come from blocks that hold many each (one allocation per
+    // block rather than per line); removed records are used again.
+    std::vector<std::unique_ptr<iniLine[]>> blocks;
     int32_t blockSize = 0;
     int32_t blockUsed = 0;
-    std::vector<KelText*> freeSlots;
+    iniLine* freeLines = nullptr;
+
     mutable bool indexed = false;
-    // Sorted by start; the lines before the first one belong to no section.
-    mutable SegmentList segments;
-    // Folded header line ("[NAME]") -> the first segment it starts.
-    mutable std::unordered_map<std::u16string, Segment*> headers;
+    mutable std::vector<std::unique_ptr<Segment>> segments;
+    // Header lines by their folded text: the first one of each name.
+    mutable Table headers;
+    // The lines by position, rebuilt on demand after an insertion or removal.
+    mutable bool ordered = false;
+    mutable std::vector<const iniLine*> order;
+};
+
+// One line of a settings document: its text without line end, followed by a
+// 0 unit. Lines are made and owned by iniLines; a pointer to one stays valid
+// until the line is removed or the document cleared or loaded again.
+class iniLine
+{
+public:
+    std::u16string_view View() const { return std::u16string_view(text, size_t(length)); }
+    const char16_t* c_str() const { return text; }
+    int32_t Length() const { return length; }
+    bool IsEmpty() const { return length == 0; }
+    // 0-based; 0 outside the line.
+    char16_t At(int32_t index) const { return index >= 0 && index < length ? text[index] : 0; }
+    // Whether the line begins with "[" (and so ends the section before it).
+    bool IsBoundary() const { return text[0] == u'['; }
+    // The next line of the document, null after the last one.
+    const iniLine* Next() const { return next; }
+
+private:
+    friend class iniLines;
+    iniLine() = default;
+
+    const char16_t* text = u"";
+    iniLine* next = nullptr;
+    // The section the line belongs to (for a line that begins with "[", the
+    // one it starts); null before the first such line. Valid while the
+    // document is indexed.
+    iniLines::Segment* segment = nullptr;
+    int32_t length = 0;
+    // Whether text is a copy of the line's own rather than part of the loaded text.
+    bool owned = false;
 };

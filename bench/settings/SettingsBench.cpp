@@ -1,7 +1,10 @@
 // Settings files: ReadAll and WriteAll beside inih's parse of the same file
 // and beside reading the file's bytes, for files of 100, 10,000 and 100,000
-// lines in ANSI, UTF-8 and UTF-16, with 10 and 1,000 entries. The files are
-// made in a temporary folder; a summary table is printed at the end.
+// lines in ANSI, UTF-8 and UTF-16, with 10 and 1,000 entries; at 100,000
+// lines also writes that insert many lines (a 30,000-item block, and that
+// block with new sections and new keys besides), and the heap a loaded
+// document holds per line. The files are made in a temporary folder; a
+// summary table is printed at the end.
 #include <benchmark/benchmark.h>
 #include <ini.h>
 
@@ -13,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/support/HeapCounter.h"
+#include "bench/support/Summary.h"
 #include "settings/iniFile.h"
 #include "text/EncodedText.h"
 #include "text/FileSystem.h"
@@ -22,6 +27,17 @@ namespace
 const int kSizes[] = {100, 10000, 100000};
 const char* const kEncodings[] = {"ansi", "utf8", "utf16"};
 const int kEntryCounts[] = {10, 1000};
+// Writes that insert many lines into the largest files.
+const int kBlockItems = 30000;
+const int kNewSections = 100, kKeysPerNewSection = 10, kNewKeysInOldSections = 1000;
+
+// How a write changes the file besides the 10 or 1,000 entries.
+enum class Inserts
+{
+    None,  // only the entries (and an empty block)
+    Block, // a block of kBlockItems items
+    Mixed, // the block, new sections with keys, new keys in existing sections
+};
 
 struct SampleFile
 {
@@ -32,6 +48,10 @@ struct SampleFile
     std::string bytes;                             // the original content
     std::vector<std::u16string> sections;          // section names in file order
     std::vector<std::vector<std::u16string>> keys; // key names per section
+    int lines = 0;
+    // Heap held per line beyond the lines' own UTF-16 text: by the document
+    // after Load, and at the most during a ReadAll with 1,000 entries.
+    double heldPerLine = -1, peakPerLine = -1;
 };
 
 std::filesystem::path folder;
@@ -116,6 +136,7 @@ void MakeSamples()
         {
             auto sample = std::make_unique<SampleFile>();
             sample->name = std::string(encoding) + "/" + std::to_string(size);
+            sample->lines = size;
             const KelText text = MakeText(size, *sample);
             const std::string stem =
                 (folder / (std::string(encoding) + std::to_string(size))).string();
@@ -156,10 +177,13 @@ struct Bindings
     std::vector<double> reals;
     TextPtrArray names, values;
 
-    void Attach(iniFile& file, const SampleFile& sample, int count)
+    void Attach(iniFile& file, const SampleFile& sample, int count, Inserts inserts = Inserts::None)
     {
         static const char16_t* const noYes[] = {u"NO", u"YES"};
-        texts.resize(size_t(count));
+        const int extra = inserts == Inserts::Mixed
+                              ? kNewSections * kKeysPerNewSection + kNewKeysInOldSections
+                              : 0;
+        texts.resize(size_t(count + extra));
         numbers.resize(size_t(count));
         reals.resize(size_t(count));
         const int sections = int(sample.sections.size());
@@ -189,9 +213,68 @@ struct Bindings
                 file.Add(new iniReal(section, key, &reals[size_t(i)], nullptr));
             }
         }
+        if (inserts == Inserts::Mixed)
+        {
+            KelText* text = &texts[size_t(count)];
+            for (int n = 0; n < kNewSections; ++n)
+                for (int k = 0; k < kKeysPerNewSection; ++k, ++text)
+                {
+                    *text = (u"new value " + Number(k)).c_str();
+                    file.Add(new iniString((u"ADDED SECTION " + Number(n)).c_str(),
+                                           (u"ADDED" + Number(k)).c_str(), text, u""));
+                }
+            for (int k = 0; k < kNewKeysInOldSections; ++k, ++text)
+            {
+                *text = u"added";
+                const size_t s = size_t(k) * size_t(sections) / kNewKeysInOldSections;
+                file.Add(new iniString(sample.sections[s].c_str(), (u"ADDED" + Number(k)).c_str(),
+                                       text, u""));
+            }
+        }
         file.Add(new iniEquBlock(sample.sections.back().c_str(), &names, &values, u"", u""));
     }
+
+    // The block's items for the writes that insert many lines.
+    void FillBlock()
+    {
+        names.Clear();
+        values.Clear();
+        for (int i = 0; i < kBlockItems; ++i)
+        {
+            names.Add(new KelText((u"ITEM" + Number(i)).c_str()));
+            values.Add(new KelText((u"value of item " + Number(i)).c_str()));
+        }
+    }
 };
+
+// The heap a document holds per line beyond its text, after Load and at the
+// most during a ReadAll with 1,000 entries (the bound variables included).
+void MeasureMemory(SampleFile& sample)
+{
+    const KelText path = KelText::FromUtf8(sample.path);
+    int64_t textBytes = 0;
+    int32_t lines = 0;
+    {
+        HeapCounter::Start();
+        iniFile file(path);
+        file.Load();
+        const int64_t held = HeapCounter::Live();
+        HeapCounter::Stop();
+        lines = file.lines.Count();
+        for (int32_t i = 0; i < lines; ++i)
+            textBytes += 2 * int64_t(file.lines[i].Length());
+        sample.heldPerLine = double(held - textBytes) / lines;
+    }
+    HeapCounter::Start();
+    {
+        Bindings bindings;
+        iniFile file(path);
+        bindings.Attach(file, sample, 1000);
+        file.ReadAll();
+    }
+    sample.peakPerLine = double(HeapCounter::Peak() - textBytes) / lines;
+    HeapCounter::Stop();
+}
 
 void ReadAllBench(benchmark::State& state, const SampleFile* sample, int entries)
 {
@@ -200,15 +283,19 @@ void ReadAllBench(benchmark::State& state, const SampleFile* sample, int entries
     bindings.Attach(file, *sample, entries);
     for (auto _ : state)
         benchmark::DoNotOptimize(file.ReadAll());
+    state.counters["held_B_per_line"] = sample->heldPerLine;
+    state.counters["peak_B_per_line"] = sample->peakPerLine;
 }
 
-void WriteAllBench(benchmark::State& state, const SampleFile* sample, int entries)
+void WriteAllBench(benchmark::State& state, const SampleFile* sample, int entries, Inserts inserts)
 {
     Bindings bindings;
     WriteFile(sample->writePath, sample->bytes);
     iniFile file(KelText::FromUtf8(sample->writePath));
-    bindings.Attach(file, *sample, entries);
+    bindings.Attach(file, *sample, entries, inserts);
     file.ReadAll();
+    if (inserts != Inserts::None)
+        bindings.FillBlock();
     for (auto _ : state)
     {
         // Every pass starts from the original file (in its own encoding).
@@ -244,28 +331,19 @@ void RawReadBench(benchmark::State& state, const SampleFile* sample)
 }
 
 // Prints the runs as usual and keeps their CPU times for the summary.
-class SummaryReporter : public benchmark::ConsoleReporter
+class SummaryReporter : public MedianReporter
 {
 public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-
     void PrintSummary() const
     {
-        auto at = [this](const std::string& name)
-        {
-            const auto found = times.find(name);
-            return found == times.end() ? -1.0 : found->second;
-        };
+        auto at = [this](const std::string& name) { return Microseconds(name); };
         std::printf("\nSummary: CPU microseconds per call (steadier than wall time on a shared "
-                    "machine);\ninih parses the UTF-8 form of the UTF-16 file.\n");
-        std::printf("%-13s %10s %10s %10s %10s %10s %10s %8s %8s\n", "file", "raw read", "inih",
-                    "Read 10", "Write 10", "Read 1000", "Write 1000", "R10/inih", "W10/inih");
+                    "machine);\ninih parses the UTF-8 form of the UTF-16 file. Heap: bytes per "
+                    "line beyond the\nlines' UTF-16 text, held after Load and at the most during "
+                    "ReadAll with 1,000 entries.\n");
+        std::printf("%-13s %9s %9s %9s %9s %9s %9s %8s %8s %6s %6s\n", "file", "raw read", "inih",
+                    "Read 10", "Write 10", "Read 1000", "Write1000", "R10/inih", "W10/inih", "held",
+                    "peak");
         for (const auto& sample : samples)
         {
             const std::string& n = sample->name;
@@ -274,9 +352,10 @@ public:
             const double inih = at("inih/" + n);
             const double read10 = at("ReadAll/" + n + "/10");
             const double write10 = at("WriteAll/" + n + "/10");
-            std::printf("%-13s %10.1f %10.1f %10.1f %10.1f %10.1f %10.1f %8.2f %8.2f\n", n.c_str(),
-                        at("raw/" + n), inih, read10, write10, at("ReadAll/" + n + "/1000"),
-                        at("WriteAll/" + n + "/1000"), read10 / inih, write10 / inih);
+            std::printf("%-13s %9.1f %9.1f %9.1f %9.1f %9.1f %9.1f %8.2f %8.2f %6.1f %6.1f\n",
+                        n.c_str(), at("raw/" + n), inih, read10, write10,
+                        at("ReadAll/" + n + "/1000"), at("WriteAll/" + n + "/1000"), read10 / inih,
+                        write10 / inih, sample->heldPerLine, sample->peakPerLine);
         }
         std::printf("\nGrowth from 10,000 to 100,000 lines (x10 lines):\n");
         for (const char* encoding : kEncodings)
@@ -293,16 +372,79 @@ public:
                         ratio("WriteAll/", "/10"), ratio("ReadAll/", "/1000"),
                         ratio("WriteAll/", "/1000"));
         }
+
+        std::printf("\nWrites that insert lines, 100,000-line files (the 10 entries besides):\n");
+        std::printf("%-6s %10s %12s %12s %8s %8s\n", "file", "plain", "+block", "+mixed",
+                    "block/pl", "mixed/pl");
+        Worst block, mixed, read10, read1000, held, peak;
+        for (const char* encoding : kEncodings)
+        {
+            const std::string n = std::string(encoding) + "/100000";
+            const double plain = at("WriteAll/" + n + "/10");
+            const double withBlock = at("WriteAll/" + n + "/10+block");
+            const double withMixed = at("WriteAll/" + n + "/10+mixed");
+            if (plain > 0 && withBlock > 0 && withMixed > 0)
+            {
+                std::printf("%-6s %10.1f %12.1f %12.1f %8.2f %8.2f\n", encoding, plain, withBlock,
+                            withMixed, withBlock / plain, withMixed / plain);
+                block.Add(encoding, withBlock / plain);
+                mixed.Add(encoding, withMixed / plain);
+            }
+            const double inih = at("inih/" + n);
+            if (inih > 0 && at("ReadAll/" + n + "/10") > 0)
+            {
+                read10.Add(encoding, at("ReadAll/" + n + "/10") / inih);
+                read1000.Add(encoding, at("ReadAll/" + n + "/1000") / inih);
+            }
+            for (const auto& sample : samples)
+                if (sample->name == n)
+                {
+                    held.Add(encoding, sample->heldPerLine);
+                    peak.Add(encoding, sample->peakPerLine);
+                }
+        }
+        std::printf("\n");
+        SummaryRow("settings: WriteAll 100k lines + 30,000-item block / plain WriteAll" +
+                       block.Which(),
+                   block.value, 2.0, "x");
+        SummaryRow("settings: WriteAll 100k lines + block, 100 new sections, 2,000 new keys / "
+                   "plain" +
+                       mixed.Which(),
+                   mixed.value, 2.0, "x");
+        SummaryRow("settings: ReadAll 100k lines, 10 entries / inih parse" + read10.Which(),
+                   read10.value, 1.0, "x");
+        SummaryRow("settings: ReadAll 100k lines, 1,000 entries / inih parse" + read1000.Which(),
+                   read1000.value, 1.0, "x");
+        SummaryRow("settings: heap held per line beyond its text, after Load" + held.Which(),
+                   held.value, 80, "B");
+        SummaryRow("settings: heap per line beyond its text, peak of ReadAll" + peak.Which(),
+                   peak.value, 80, "B");
     }
 
 private:
-    std::map<std::string, double> times;
+    // The largest of one measure over the encodings, and which one it was.
+    struct Worst
+    {
+        double value = -1;
+        std::string encoding;
+        void Add(const char* name, double measured)
+        {
+            if (measured > value)
+            {
+                value = measured;
+                encoding = name;
+            }
+        }
+        std::string Which() const { return encoding.empty() ? "" : " (worst: " + encoding + ")"; }
+    };
 };
 } // namespace
 
 int main(int argc, char** argv)
 {
     MakeSamples();
+    for (const auto& sample : samples)
+        MeasureMemory(*sample);
     for (const auto& sample : samples)
     {
         const SampleFile* s = sample.get();
@@ -318,7 +460,16 @@ int main(int argc, char** argv)
                                          entries)
                 ->Unit(benchmark::kMicrosecond);
             benchmark::RegisterBenchmark(("WriteAll/" + s->name + suffix).c_str(), WriteAllBench, s,
-                                         entries)
+                                         entries, Inserts::None)
+                ->Unit(benchmark::kMicrosecond);
+        }
+        if (s->lines == kSizes[std::size(kSizes) - 1])
+        {
+            benchmark::RegisterBenchmark(("WriteAll/" + s->name + "/10+block").c_str(),
+                                         WriteAllBench, s, 10, Inserts::Block)
+                ->Unit(benchmark::kMicrosecond);
+            benchmark::RegisterBenchmark(("WriteAll/" + s->name + "/10+mixed").c_str(),
+                                         WriteAllBench, s, 10, Inserts::Mixed)
                 ->Unit(benchmark::kMicrosecond);
         }
     }

@@ -107,10 +107,15 @@ void CheckIndex(const iniLines& lines, const KelText (&names)[6])
     for (const KelText& name : names)
     {
         const int32_t header = ScanSection(lines, name);
-        Check(lines.FindSection(name) == header);
+        const iniLine* found = lines.FindSection(name.View());
+        Check(found == (header < 0 ? nullptr : &lines[header]));
         if (header >= 0)
             for (const KelText& key : names)
-                Check(lines.FindKey(header, key) == ScanKey(lines, header, key));
+            {
+                const int32_t keyLine = ScanKey(lines, header, key);
+                Check(lines.FindKey(found, key.View()) ==
+                      (keyLine < 0 ? nullptr : &lines[keyLine]));
+            }
     }
 }
 

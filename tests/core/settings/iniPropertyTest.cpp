@@ -54,6 +54,12 @@ const std::u16string& Pick(std::mt19937& random, const std::u16string (&pool)[N]
 }
 } // namespace
 
+// The line before position pos (null at the top), as the edits name it.
+const iniLine* Before(const iniLines& lines, int32_t pos)
+{
+    return pos > 0 ? &lines[pos - 1] : nullptr;
+}
+
 TEST(iniLinesIndex, AgreesWithAPlainScanAfterEveryEdit)
 {
     std::mt19937 random(7);
@@ -63,55 +69,100 @@ TEST(iniLinesIndex, AgreesWithAPlainScanAfterEveryEdit)
     const std::u16string keys[] = {u"k", u"K ", u"J", u"", u"x", u"é"};
     iniLines lines;
     Lines model;
-    for (int step = 0; step < 4000; ++step)
+    int32_t lastInserted = -1; // position of the line inserted last, to go on after it
+    for (int step = 0; step < 6000; ++step)
     {
         const int32_t count = int32_t(model.size());
         const std::u16string& text = Pick(random, pool);
-        const unsigned action = random() % 10;
-        if (action < 5) // often directly after a header, as entries insert their keys
+        const unsigned action = random() % 12;
+        if (action < 6)
         {
-            int32_t pos = int32_t(random() % uint32_t(count + 3)) - 1;
+            // Where entries insert: after a header, after the line inserted
+            // last (a block's items), at the top; or anywhere.
+            int32_t pos = int32_t(random() % uint32_t(count + 1));
             if (action < 2)
                 pos = ScanSection(model, Pick(random, names)) + 1;
-            lines.Insert(pos, text.c_str());
-            model.insert(model.begin() + std::clamp(pos, 0, count), text);
+            else if (action < 4 && lastInserted >= 0 && lastInserted < count)
+                pos = lastInserted + 1;
+            else if (action < 5)
+                pos = std::min(int32_t(random() % 2), count);
+            const iniLine* added = lines.InsertAfter(Before(lines, pos), text);
+            model.insert(model.begin() + pos, text);
+            ASSERT_EQ(added, &lines[pos]);
+            lastInserted = pos;
         }
         else if (action < 8 && count)
         {
             const int32_t pos = int32_t(random() % uint32_t(count));
-            lines.Replace(pos, text.c_str());
-            model[size_t(pos)] = text;
+            // Often the same key with another value, as entries rewrite their lines.
+            std::u16string replacement = text;
+            if (random() % 2 && model[size_t(pos)].find(u'=') != std::u16string::npos)
+                replacement = model[size_t(pos)].substr(0, model[size_t(pos)].find(u'=') + 1) +
+                              Pick(random, pool);
+            lines.Replace(&lines[pos], replacement);
+            model[size_t(pos)] = replacement;
         }
-        else if (action < 9 && count)
+        else if (action < 10 && count)
         {
-            const int32_t pos = int32_t(random() % uint32_t(count)), n = int32_t(random() % 4);
-            lines.Remove(pos, n);
-            model.erase(model.begin() + pos, model.begin() + std::min(pos + n, count));
+            int32_t pos = int32_t(random() % uint32_t(count + 1)), n = int32_t(random() % 4);
+            if (action == 9)
+            {
+                // A whole section body, as block entries replace it.
+                const int32_t header = ScanSection(model, Pick(random, names));
+                pos = header + 1;
+                n = header < 0 ? 0 : ScanEnd(model, header) - pos;
+            }
+            lines.RemoveAfter(Before(lines, pos), n);
+            model.erase(model.begin() + std::min(pos, count),
+                        model.begin() + std::min(pos + n, count));
+            lastInserted = -1;
         }
-        else if (random() % 8 == 0)
+        else if (action == 10 && random() % 4 == 0)
+        {
+            // A new document from text, line ends of both kinds.
+            std::u16string joined;
+            model.clear();
+            for (int i = int(random() % 12); i > 0; --i)
+            {
+                model.push_back(Pick(random, pool));
+                joined += model.back() + (random() % 2 ? u"\r\n" : u"\n");
+            }
+            if (!model.empty() && random() % 2)
+            {
+                // A last line without line end; an empty one is no line.
+                joined.resize(joined.size() - (joined.ends_with(u"\r\n") ? 2 : 1));
+                if (model.back().empty())
+                    model.pop_back();
+            }
+            lines.Assign(std::u16string(joined));
+            lastInserted = -1;
+        }
+        else if (random() % 16 == 0)
         {
             lines.Clear();
             model.clear();
         }
         ASSERT_EQ(lines.Count(), int32_t(model.size()));
+        if (random() % 3 == 0)
+            continue; // sometimes no search, so that edits also meet unbuilt key tables
         for (const std::u16string& name : names)
         {
             const int32_t header = ScanSection(model, name);
-            ASSERT_EQ(lines.FindSection(name.c_str()), header) << "step " << step;
-            if (header >= 0)
-            {
-                ASSERT_EQ(lines.SectionEnd(header), ScanEnd(model, header)) << "step " << step;
-            }
+            ASSERT_EQ(lines.FindSection(name), header < 0 ? nullptr : &lines[header])
+                << "step " << step;
             // Any line may serve as the start of a key search.
             const int32_t from =
                 header >= 0 || model.empty() ? header : int32_t(random() % model.size());
             for (const std::u16string& key : keys)
                 if (from >= 0)
                 {
-                    ASSERT_EQ(lines.FindKey(from, key.c_str()), ScanKey(model, from, key))
+                    const int32_t found = ScanKey(model, from, key);
+                    ASSERT_EQ(lines.FindKey(&lines[from], key), found < 0 ? nullptr : &lines[found])
                         << "step " << step;
                 }
         }
+        for (int32_t i = 0; i < int32_t(model.size()); ++i)
+            ASSERT_EQ(lines[i].View(), model[size_t(i)]) << "step " << step;
     }
 }
 
