@@ -27,7 +27,7 @@ constexpr int32_t kBrowseImage = 12;
 KelText InFolder(const KelText& folder, const KelText& name)
 {
     KelText path = folder;
-    const char16_t last = path.IsEmpty() ? u'/' : path.At(path.Length());
+    const char16_t last = path.IsEmpty() ? u'/' : path.At(path.Length() - 1);
     if (last != u'/' && last != u'\\')
         path += u"/";
     return path + name;

@@ -241,6 +241,7 @@ TEST_F(CommonOptionsPage, NumpadInEveryEncodingIsWrittenBackAsUtf16)
         UseSettings(content.c_str());
         GetFileSystem().WriteBytes(settingsPath, content.data(), content.size());
         CommonOptionsValues values(u"Shopwise", u"KEL.INI");
+        EXPECT_TRUE(values.SettingsPath().SameAs(settingsPath));
         values.Load();
         EXPECT_EQ(values.numpad, 1);
         values.numpad = 0;
