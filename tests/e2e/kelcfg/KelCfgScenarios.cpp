@@ -15,23 +15,6 @@ struct Finished
     std::string err;
 };
 
-// The whole file; the process that wrote it may still be closing its handle.
-std::string Written(const fs::path& path)
-{
-    std::string bytes;
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return "<unreadable>";
-    char chunk[4096];
-    DWORD read = 0;
-    while (ReadFile(file, chunk, sizeof chunk, &read, nullptr) && read > 0)
-        bytes.append(chunk, read);
-    CloseHandle(file);
-    return bytes;
-}
-
 // Runs kelcfg.exe with `arguments` and waits for it to end.
 Finished RunKelCfg(const std::wstring& arguments)
 {
@@ -69,8 +52,8 @@ Finished RunKelCfg(const std::wstring& arguments)
     }
     CloseHandle(out);
     CloseHandle(err);
-    finished.out = Written(folder / L"out.txt");
-    finished.err = Written(folder / L"err.txt");
+    finished.out = FileBytes(folder / L"out.txt");
+    finished.err = FileBytes(folder / L"err.txt");
     return finished;
 }
 

@@ -145,7 +145,10 @@ inline HWND ShowSwitchTree(HWND dialog)
 inline std::string FileBytes(const fs::path& path)
 {
     std::string bytes;
-    if (HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+    // Shared for writing too: the process that wrote it may still be closing
+    // its handle.
+    if (HANDLE file = CreateFileW(path.c_str(), GENERIC_READ,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                   OPEN_EXISTING, 0, nullptr);
         file != INVALID_HANDLE_VALUE)
     {
