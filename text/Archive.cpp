@@ -1,7 +1,11 @@
 #include "text/Archive.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "text/CodePage.h"
 #include "text/FileSystem.h"
@@ -18,7 +22,14 @@ uint32_t NarrowCodePage(uint32_t flags)
 {
     return (flags & Archive::NarrowUtf8) ? CodePage::Utf8 : CodePage::Ansi;
 }
+
+// A file is read in pieces of this size (more when one read needs more).
+constexpr size_t kWindowBytes = 128 * 1024;
 } // namespace
+
+Archive::Archive() = default;
+
+Archive::~Archive() = default;
 
 // --- opening ------------------------------------------------------------------
 
@@ -40,18 +51,22 @@ bool Archive::OpenBytes(std::string bytes, uint32_t openSettings)
 {
     Close();
     data = std::move(bytes);
+    held = data.data();
+    heldSize = totalSize = data.size();
     return Reopen(openSettings);
 }
 
 bool Archive::OpenFile(const KelText& path, uint32_t openSettings)
 {
-    std::string bytes;
-    if (!GetFileSystem().ReadBytes(path, bytes))
+    Close();
+    source = GetFileSystem().OpenReader(path);
+    if (!source || source->Size() > uint64_t(SIZE_MAX / 2))
     {
         Close();
         return false;
     }
-    return OpenBytes(std::move(bytes), openSettings);
+    totalSize = size_t(source->Size());
+    return Reopen(openSettings);
 }
 
 bool Archive::Reopen(uint32_t openSettings)
@@ -61,8 +76,15 @@ bool Archive::Reopen(uint32_t openSettings)
     settings = openSettings & KnownFlags;
     fileFlags = 0;
     frames.assign(1, Frame());
-    frames.back().end = data.size();
+    frames.back().end = totalSize;
     position = 0;
+    if (source && heldStart > 0)
+    {
+        // The window has moved on: read the file again from its start.
+        heldStart = heldSize = 0;
+        if (!source->Rewind())
+            return ok = false;
+    }
 
     const char* header = Take(HeaderSize);
     if (!header || std::memcmp(header, magic, sizeof magic) != 0)
@@ -91,6 +113,11 @@ void Archive::Close()
     data.clear();
     position = 0;
     frames.clear();
+    held = nullptr;
+    heldSize = heldStart = totalSize = 0;
+    source.reset();
+    window.reset();
+    windowCapacity = 0;
 }
 
 // --- primitive access -------------------------------------------------------------
@@ -103,14 +130,75 @@ size_t Archive::Limit() const
 
 const char* Archive::Take(size_t bytes)
 {
+    const char* at = Peek(bytes);
+    if (at)
+        position += bytes;
+    return at;
+}
+
+const char* Archive::Peek(size_t bytes)
+{
     if (!ok || !IsReading() || bytes > Limit() - position)
     {
         ok = false;
         return nullptr;
     }
-    const char* at = data.data() + position;
-    position += bytes;
-    return at;
+    if (bytes == 0)
+        return ""; // nothing to read, wherever the window stands
+    if (position + bytes > heldStart + heldSize && !Fill(position + bytes))
+    {
+        ok = false;
+        return nullptr;
+    }
+    return held + (position - heldStart);
+}
+
+void Archive::Skip(size_t bytes)
+{
+    if (!ok || !IsReading() || bytes > Limit() - position)
+        ok = false;
+    else
+        position += bytes;
+}
+
+bool Archive::Fill(size_t end)
+{
+    if (!source)
+        return false; // bytes handed over are all there is
+    // Keep the bytes from the read position on and drop those before it.
+    const size_t heldEnd = heldStart + heldSize;
+    const size_t kept = heldEnd > position ? heldEnd - position : 0;
+    const size_t need = end - position;
+    const size_t wanted = std::max(need, std::min(kWindowBytes, totalSize - position));
+    if (windowCapacity < wanted)
+    {
+        std::unique_ptr<char[]> larger(new char[wanted]);
+        if (kept)
+            std::memcpy(larger.get(), held + (position - heldStart), kept);
+        window = std::move(larger);
+        windowCapacity = wanted;
+    }
+    else if (kept)
+        std::memmove(window.get(), held + (position - heldStart), kept);
+    held = window.get();
+    // Bytes passed over since the window's end are read and dropped.
+    for (size_t skip = position > heldEnd ? position - heldEnd : 0; skip > 0;)
+    {
+        const size_t got = source->Read(window.get(), std::min(skip, windowCapacity));
+        if (got == 0)
+            return false;
+        skip -= got;
+    }
+    heldStart = position;
+    heldSize = kept;
+    while (heldSize < need)
+    {
+        const size_t got = source->Read(window.get() + heldSize, wanted - heldSize);
+        if (got == 0)
+            return false;
+        heldSize += got;
+    }
+    return true;
 }
 
 void Archive::Put(const void* bytes, size_t count)
@@ -250,29 +338,28 @@ void Archive::ReadText(KelText* text)
         return;
     if (!narrow)
     {
-        // Copied unit by unit: the bytes need not be aligned for char16_t.
-        char16_t last;
-        std::memcpy(&last, at + size_t(units) * 2, 2);
-        if (last != 0)
+        // No terminator, a 0 unit inside the text, or more units than any
+        // text can hold.
+        if (!IsWideText(at, count) || units > MaxTextUnits)
         {
             ok = false;
             return;
         }
+        if (!text || units == 0)
+            return;
         KelText read;
-        if (units > 0)
+        if (reinterpret_cast<uintptr_t>(at) % alignof(char16_t) == 0)
+            read.Append(reinterpret_cast<const char16_t*>(at), units);
+        else
         {
-            if (!read.Reserve(units, false))
-            {
-                ok = false;
-                return;
-            }
-            std::memcpy(read.Buffer(), at, size_t(units) * 2);
-            read.Buffer()[units] = 0;
-            read.Sync();
+            // Bytes at an odd place: copied into aligned units first.
+            std::u16string aligned(size_t(units), u'\0');
+            std::memcpy(aligned.data(), at, size_t(units) * 2);
+            read.Append(aligned.data(), units);
         }
         if (read.Length() != units)
-            ok = false; // a 0 unit inside the text
-        else if (text)
+            ok = false; // out of memory
+        else
             *text = std::move(read);
         return;
     }
@@ -300,6 +387,64 @@ void Archive::ReadText(KelText* text)
     read.Buffer()[needed] = 0;
     read.Sync();
     *text = std::move(read);
+}
+
+#if defined(__SSE2__)
+namespace
+{
+// Whether the `size` bytes at `bytes` (16 <= size <= 16 * chunks) hold a 0
+// unit: `chunks` reads of 8 units, those that would pass the end read from
+// the end instead. A fixed number of reads, so that texts of different
+// lengths do not make the processor guess wrong about where a loop ends;
+// four results gathered apart, so that the reads need not wait for each other.
+template <size_t chunks>
+bool HasZeroUnit(const char* bytes, size_t size)
+{
+    static_assert(chunks % 4 == 0);
+    const __m128i zero = _mm_setzero_si128();
+    __m128i found[4] = {zero, zero, zero, zero};
+    for (size_t chunk = 0; chunk < chunks; ++chunk)
+    {
+        const __m128i units = _mm_loadu_si128(
+            reinterpret_cast<const __m128i*>(bytes + std::min(chunk * 16, size - 16)));
+        found[chunk % 4] = _mm_or_si128(found[chunk % 4], _mm_cmpeq_epi16(units, zero));
+    }
+    return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(found[0], found[1]),
+                                          _mm_or_si128(found[2], found[3]))) != 0;
+}
+} // namespace
+#endif
+
+bool Archive::IsWideText(const char* bytes, uint32_t count)
+{
+    if (count == 0)
+        return false;
+    // The units before the terminator hold no 0.
+    const size_t size = size_t(count) * 2 - 2;
+    if (bytes[size] != 0 || bytes[size + 1] != 0)
+        return false;
+#if defined(__SSE2__)
+    if (size >= 16)
+    {
+        if (size <= 64)
+            return !HasZeroUnit<4>(bytes, size);
+        if (size <= 128)
+            return !HasZeroUnit<8>(bytes, size);
+        if (size <= 256)
+            return !HasZeroUnit<16>(bytes, size);
+        const __m128i zero = _mm_setzero_si128();
+        __m128i found = zero;
+        for (size_t at = 0; at + 16 <= size; at += 16)
+            found = _mm_or_si128(
+                found, _mm_cmpeq_epi16(
+                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at)), zero));
+        return _mm_movemask_epi8(found) == 0 && !HasZeroUnit<4>(bytes + size - 16, 16);
+    }
+#endif
+    for (size_t at = 0; at < size; at += 2)
+        if (bytes[at] == 0 && bytes[at + 1] == 0)
+            return false;
+    return true;
 }
 
 bool Archive::Count(uint32_t& count, size_t minimumBytes)

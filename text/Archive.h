@@ -1,12 +1,14 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "text/PointerList.h"
 
 class Archive;
+class FileReader;
 class KelText;
 
 // Base of every object kept in an archive. One operation, Serialise, both
@@ -27,8 +29,10 @@ public:
 // tag names no class known to the caller.
 using StorableFactory = Storable* (*)(uint32_t classTag);
 
-// The program's binary archive, held in memory and read from or written to a
-// file through the FileSystem seam in one piece.
+// The program's binary archive, held in memory and written to a file through
+// the FileSystem seam in one piece. A file is read piece by piece through a
+// window that keeps only the bytes being read (so that a large file is never
+// held whole), bytes handed over in memory at once.
 //
 // File layout. All integers are little-endian.
 //
@@ -79,8 +83,11 @@ public:
     static constexpr size_t RecordHeaderSize = 8;
     static constexpr size_t MinTextSize = 4;
     static constexpr int MaxDepth = 32;
+    // The most units a wide text may have (the most a KelText can hold).
+    static constexpr int32_t MaxTextUnits = INT32_MAX - 16385;
 
-    Archive() = default;
+    Archive();
+    ~Archive();
     Archive(const Archive&) = delete;
     Archive& operator=(const Archive&) = delete;
 
@@ -91,7 +98,7 @@ public:
     // Opens `bytes` for reading with the given settings (0: wide texts). Fails
     // on a bad header (magic, version, unknown flags).
     bool OpenBytes(std::string bytes, uint32_t settings = 0);
-    // Reads the whole file through the FileSystem seam and opens it.
+    // Opens a file through the FileSystem seam for reading piece by piece.
     bool OpenFile(const KelText& path, uint32_t settings = 0);
     // After opening: the file uses the alternative (narrow) text format while
     // the archive was opened for wide texts, or the other way round. Texts
@@ -110,7 +117,9 @@ public:
     // Marks the archive as failed (for objects that find bad data).
     void Fail() { ok = false; }
     // Size of the whole archive in bytes (header included).
-    size_t TotalBytes() const { return data.size(); }
+    size_t TotalBytes() const { return IsWriting() ? data.size() : totalSize; }
+    // Whether texts are read and written as UTF-16 units (no NarrowTexts setting).
+    bool WideTexts() const { return !(settings & NarrowTexts); }
 
     // --- values: read into the variable, or write it --------------------------
     void Value(uint32_t& value);
@@ -120,6 +129,19 @@ public:
     void Value(KelText& text);
     // Reading only: checks and passes over one text.
     void SkipText();
+    // Whether `count` UTF-16 units at `bytes` (any alignment) end with a 0
+    // and hold no other: the form of a stored wide text.
+    static bool IsWideText(const char* bytes, uint32_t count);
+
+    // --- direct reading, for readers of a known layout --------------------------
+    // The next `bytes` bytes, without moving on; they stay valid until the
+    // next read. Null, and the archive failed, when fewer remain before the
+    // end of the open block, record or body.
+    const char* Peek(size_t bytes);
+    // Moves on by `bytes` bytes; the archive fails when fewer remain.
+    void Skip(size_t bytes);
+    // The bytes that remain before the end of the open block, record or body.
+    size_t Remaining() const { return Limit() - position; }
 
     // A block boundary (see the layout above).
     void Boundary();
@@ -174,6 +196,9 @@ private:
         size_t blockSizeAt = 0; // writing: where the open block's size goes
     };
 
+    // Makes the window hold the bytes from the read position up to the
+    // archive position `end`; false when the file cannot supply them.
+    bool Fill(size_t end);
     bool BeginRecord(uint32_t& classTag);
     void EndRecord();
     void CloseBlock(Frame& frame);
@@ -189,9 +214,20 @@ private:
     bool ok = false;
     uint32_t fileFlags = 0;
     uint32_t settings = 0;
+    // Writing: the archive so far. Reading bytes handed over: all of them.
     std::string data;
     size_t position = 0;
     std::vector<Frame> frames;
+    // Reading: the bytes at hand (in data, or in the window) begin at archive
+    // position heldStart; totalSize is the size of the whole archive.
+    const char* held = nullptr;
+    size_t heldSize = 0;
+    size_t heldStart = 0;
+    size_t totalSize = 0;
+    // Reading a file: where its bytes come from, and the window they pass through.
+    std::unique_ptr<FileReader> source;
+    std::unique_ptr<char[]> window;
+    size_t windowCapacity = 0;
 };
 
 template <typename T>

@@ -1,8 +1,25 @@
 #pragma once
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string>
 
 class KelText;
+
+// A file read from its start, piece by piece, so that a large file need not
+// be held in memory at once.
+class FileReader
+{
+public:
+    virtual ~FileReader() = default;
+    // The file's size in bytes when it was opened.
+    virtual uint64_t Size() const = 0;
+    // Reads up to `size` bytes from where the last read ended and answers how
+    // many it read: 0 at the end of the file or on a failure.
+    virtual size_t Read(void* into, size_t size) = 0;
+    // Starts again from the first byte; false when that fails.
+    virtual bool Rewind() = 0;
+};
 
 // The file operations that the portable layers need. Each platform provides
 // one implementation; tests may install their own (for example to make a
@@ -19,6 +36,10 @@ public:
     virtual bool WriteBytes(const KelText& path, const void* data, size_t size) = 0;
     // Whether a file or folder of that name exists.
     virtual bool Exists(const KelText& path) = 0;
+    // The file opened for reading piece by piece; null when it cannot be
+    // opened. Unless an implementation reads from the file itself, the whole
+    // file is read with ReadBytes and handed out from memory.
+    virtual std::unique_ptr<FileReader> OpenReader(const KelText& path);
 };
 
 // The installed file system (the platform's unless a test installed another).

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <memory>
+
 #include "text/FileSystem.h"
 #include "text/WideText.h"
 
@@ -21,6 +23,30 @@ public:
 
 private:
     HANDLE handle;
+};
+
+class Reader final : public FileReader
+{
+public:
+    Reader(HANDLE opened, uint64_t bytes) : file(opened), size(bytes) {}
+    uint64_t Size() const override { return size; }
+    size_t Read(void* into, size_t count) override
+    {
+        DWORD got = 0;
+        const DWORD wanted = DWORD(count < 0x40000000 ? count : 0x40000000);
+        if (!ReadFile(file.Get(), into, wanted, &got, nullptr))
+            return 0;
+        return got;
+    }
+    bool Rewind() override
+    {
+        LARGE_INTEGER start{};
+        return SetFilePointerEx(file.Get(), start, nullptr, FILE_BEGIN) != FALSE;
+    }
+
+private:
+    Handle file;
+    uint64_t size;
 };
 
 class WindowsFileSystem final : public FileSystem
@@ -48,6 +74,23 @@ public:
             return false;
         }
         return true;
+    }
+
+    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
+    {
+        if (path.IsEmpty())
+            return nullptr;
+        HANDLE file = CreateFileW(AsWide(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file == INVALID_HANDLE_VALUE)
+            return nullptr;
+        LARGE_INTEGER size;
+        if (!GetFileSizeEx(file, &size))
+        {
+            CloseHandle(file);
+            return nullptr;
+        }
+        return std::make_unique<Reader>(file, uint64_t(size.QuadPart));
     }
 
     bool WriteBytes(const KelText& path, const void* data, size_t size) override

@@ -1,6 +1,8 @@
 #include "text/TextHolder.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
 
 #include "text/AppServices.h"
 #include "text/CommandLine.h"
@@ -82,7 +84,7 @@ const char16_t* TextHolder::Lookup(int32_t number) const
         if (found != largeNumbers.end() && found->number == uint32_t(number))
             offset = found->offset;
     }
-    return offset ? pool.data() + offset - 1 : nullptr;
+    return offset ? pool.get() + offset - 1 : nullptr;
 }
 
 const char16_t* TextHolder::Text(int32_t number, bool mayBeAbsent) const
@@ -223,7 +225,8 @@ Storable* TextHolder::CreateObject(uint32_t classTag)
 
 void TextHolder::ReleaseTable()
 {
-    std::vector<char16_t>().swap(pool);
+    pool.reset();
+    poolSize = poolCapacity = 0;
     std::vector<uint32_t>().swap(index);
     std::vector<LargeNumber>().swap(largeNumbers);
     numberLimit = 0;
@@ -242,10 +245,32 @@ void TextHolder::Clear()
 
 bool TextHolder::AddToTable(uint32_t number, const KelText& text)
 {
-    // An empty text is kept as one: only a number without an entry is absent.
-    if (pool.size() + size_t(text.Length()) + 1 > UINT32_MAX - 1)
+    return AddToTable(number, text.c_str(), size_t(text.Length()));
+}
+
+bool TextHolder::ReservePool(size_t units)
+{
+    if (units <= poolCapacity)
+        return true;
+    std::unique_ptr<char16_t[]> larger(new (std::nothrow) char16_t[units]);
+    if (!larger)
         return false;
-    const uint32_t offset = uint32_t(pool.size()) + 1;
+    if (poolSize)
+        std::memcpy(larger.get(), pool.get(), poolSize * sizeof(char16_t));
+    pool = std::move(larger);
+    poolCapacity = units;
+    return true;
+}
+
+bool TextHolder::AddToTable(uint32_t number, const void* units, size_t length)
+{
+    // An empty text is kept as one: only a number without an entry is absent.
+    if (poolSize + length + 1 > UINT32_MAX - 1)
+        return false;
+    if (poolSize + length + 1 > poolCapacity &&
+        !ReservePool(std::max(poolSize + length + 1, poolCapacity * 2)))
+        return false;
+    const uint32_t offset = uint32_t(poolSize) + 1;
     if (number < DirectNumbers)
     {
         if (number >= index.size())
@@ -263,7 +288,9 @@ bool TextHolder::AddToTable(uint32_t number, const KelText& text)
         largeNumbers.push_back({number, offset});
     numberLimit =
         int32_t(std::max<int64_t>(numberLimit, std::min<int64_t>(int64_t(number) + 1, INT32_MAX)));
-    pool.insert(pool.end(), text.c_str(), text.c_str() + text.Length() + 1);
+    std::memcpy(pool.get() + poolSize, units, length * sizeof(char16_t));
+    poolSize += length;
+    pool[poolSize++] = 0;
     return true;
 }
 
@@ -372,8 +399,11 @@ bool TextHolder::ReadFrom(Archive& archive)
         entries.Clear();
         if (!archive.List(entries))
             return false;
-        entries.Sort([](const TextEntry* left, const TextEntry* right)
-                     { return (left ? left->Number() : 0) < (right ? right->Number() : 0); });
+        // Files are written in order: sorting is only needed when they are not.
+        const auto byNumber = [](const TextEntry* left, const TextEntry* right)
+        { return (left ? left->Number() : 0) < (right ? right->Number() : 0); };
+        if (!std::is_sorted(entries.begin(), entries.end(), byNumber))
+            entries.Sort(byNumber);
         for (const TextEntry* entry : entries)
             if (entry && !AddToTable(entry->Number(), entry->DefaultText()))
                 return false;
@@ -416,7 +446,22 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
     if (!archive.Count(count, Archive::RecordHeaderSize))
         return false;
     // Most files hold numbers close to their count of entries.
-    pool.reserve(std::min<size_t>(archive.TotalBytes() / 2, size_t(count) * 24));
+    if (!ReservePool(std::min<size_t>(archive.TotalBytes() / 2, size_t(count) * 24) + 1))
+        return false;
+    if (archive.WideTexts() && !archive.IsAlternativeFormat())
+    {
+        for (uint32_t i = 0; i < count; ++i)
+        {
+            if (!ReadCompactEntry(archive))
+                return false;
+            // Before the pool fills up: room for all texts, as many as the
+            // texts so far let expect (rather than twice what there is).
+            if (poolSize > poolCapacity - poolCapacity / 16 &&
+                !ReservePool(size_t(double(poolSize) / (i + 1) * count * 1.1) + 64))
+                return false;
+        }
+        return true;
+    }
     TextEntry entry;
     entry.KeepOnlyText(languageSlot);
     for (uint32_t i = 0; i < count; ++i)
@@ -428,4 +473,132 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
             return false;
     }
     return true;
+}
+
+namespace
+{
+// Reads the parts of one record held in memory, each bounded by the end of
+// the part that encloses it, as the archive's own reads are.
+class RecordBytes
+{
+public:
+    RecordBytes(const char* bytes, size_t size) : at(bytes), end(size) {}
+
+    size_t Place() const { return place; }
+    // The first bound that a read may not pass (the record's, or a block's).
+    size_t limit = 0;
+
+    bool U32(uint32_t& value)
+    {
+        if (limit - place < 4)
+            return false;
+        std::memcpy(&value, at + place, 4);
+        place += 4;
+        return true;
+    }
+    bool Pass(size_t bytes)
+    {
+        if (limit - place < bytes)
+            return false;
+        place += bytes;
+        return true;
+    }
+    // A block boundary: closes the open block (reading goes on at its end)
+    // and opens the next one, which may run to the end of the record.
+    bool Boundary()
+    {
+        if (blockOpen)
+            place = limit;
+        limit = end;
+        uint32_t size;
+        if (!U32(size) || size > end - place)
+            return false;
+        limit = place + size;
+        blockOpen = true;
+        return true;
+    }
+    // A wide text: where its units start and how many there are (without
+    // the terminator); the empty text for a count of 0.
+    bool Text(size_t& start, size_t& units)
+    {
+        uint32_t count;
+        if (!U32(count))
+            return false;
+        start = place;
+        units = 0;
+        if (count == 0)
+            return true;
+        if (count > (limit - place) / 2 || count - 1 > uint32_t(INT32_MAX - 1) ||
+            !Archive::IsWideText(at + place, count) || count - 1 > uint32_t(Archive::MaxTextUnits))
+            return false;
+        units = count - 1;
+        place += size_t(count) * 2;
+        return true;
+    }
+    const char* Bytes(size_t offset) const { return at + offset; }
+
+private:
+    const char* at;
+    size_t end;
+    size_t place = 0;
+    bool blockOpen = false;
+};
+} // namespace
+
+bool TextHolder::ReadCompactEntry(Archive& archive)
+{
+    // The record header: class tag and size.
+    const char* header = archive.Peek(Archive::RecordHeaderSize);
+    if (!header)
+        return false;
+    uint32_t tag, size;
+    std::memcpy(&tag, header, 4);
+    std::memcpy(&size, header + 4, 4);
+    if (size > archive.Remaining() - Archive::RecordHeaderSize || (tag == 0 && size != 0) ||
+        (tag != 0 && tag != TextEntry::Tag))
+    {
+        archive.Fail();
+        return false;
+    }
+    if (tag == 0)
+    {
+        archive.Skip(Archive::RecordHeaderSize); // no object
+        return true;
+    }
+
+    // The record's fields in TextEntry's order: default text, note, extra;
+    // block: number, category, data, attributes; block: the language texts
+    // and the linked numbers.
+    const char* bytes = archive.Peek(Archive::RecordHeaderSize + size);
+    if (!bytes)
+        return false;
+    RecordBytes record(bytes + Archive::RecordHeaderSize, size);
+    record.limit = size;
+    size_t defaultStart, defaultUnits, start, units, keptStart = 0, keptUnits = 0;
+    uint32_t number, textCount, linkCount;
+    bool read = record.Text(defaultStart, defaultUnits) && record.Text(start, units) &&
+                record.Text(start, units) && record.Boundary() && record.U32(number) &&
+                record.Pass(4 + 8 + 4) && record.Boundary() && record.U32(textCount) &&
+                textCount <= (record.limit - record.Place()) / Archive::MinTextSize;
+    for (uint32_t i = 0; read && i < textCount; ++i)
+    {
+        read = record.Text(start, units);
+        if (int32_t(i) == languageSlot)
+        {
+            keptStart = start;
+            keptUnits = units;
+        }
+    }
+    read = read && record.U32(linkCount) && linkCount <= (record.limit - record.Place()) / 4;
+    if (!read)
+    {
+        archive.Fail();
+        return false;
+    }
+    archive.Skip(Archive::RecordHeaderSize + size);
+
+    // The chosen language's text, or the default text when that is empty.
+    const char* text = bytes + Archive::RecordHeaderSize;
+    return keptUnits ? AddToTable(number, text + keptStart, keptUnits)
+                     : AddToTable(number, text + defaultStart, defaultUnits);
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "text/Archive.h"
@@ -128,7 +129,14 @@ private:
     bool ReadFrom(Archive& archive);
     bool WriteTo(Archive& archive);
     bool ReadEntriesCompact(Archive& archive);
+    // One entry record of a wide archive read straight from its bytes, with
+    // every check that reading it into a TextEntry makes.
+    bool ReadCompactEntry(Archive& archive);
     bool AddToTable(uint32_t number, const KelText& text);
+    // `length` UTF-16 units from `units` (any alignment).
+    bool AddToTable(uint32_t number, const void* units, size_t length);
+    // Makes room in the pool for `units` units in all.
+    bool ReservePool(size_t units);
     // Sorts the table of large numbers once all are added; of equal numbers
     // the one added last stays, as in the index.
     void FinishTable();
@@ -146,7 +154,9 @@ private:
         uint32_t number;
         uint32_t offset;
     };
-    std::vector<char16_t> pool;
+    std::unique_ptr<char16_t[]> pool; // grown by hand: appending copies each text once
+    size_t poolSize = 0;
+    size_t poolCapacity = 0;
     std::vector<uint32_t> index;
     std::vector<LargeNumber> largeNumbers;
     int32_t numberLimit = 0; // see Count()

@@ -1,9 +1,16 @@
 // libFuzzer target for the dictionary loader: the input is a dictionary file.
 // Every input must either load or fail with exactly one error report and leave
 // an empty dictionary; a loaded dictionary in editing mode must save and load
-// again to the same bytes.
+// again to the same bytes. The file is handed out in pieces of a size the
+// input chooses, so that reading through the archive's window meets every
+// place a piece can end. A wide file loads in one language exactly when it
+// loads for editing, and then holds each number's text as the editing mode's
+// entries give it.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <memory>
 #include <string>
 
 #include "text/AppServices.h"
@@ -30,9 +37,43 @@ public:
         return true;
     }
     bool Exists(const KelText& path) override { return path == u"in.ary" || path == u"out.ary"; }
+    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
+    {
+        std::string bytes;
+        if (!ReadBytes(path, bytes))
+            return nullptr;
+        return std::make_unique<PieceReader>(std::move(bytes), piece);
+    }
 
     std::string input;
     std::string output;
+    size_t piece = 1;
+
+private:
+    // Hands out at most `piece` bytes per read.
+    class PieceReader final : public FileReader
+    {
+    public:
+        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
+        uint64_t Size() const override { return bytes.size(); }
+        size_t Read(void* into, size_t size) override
+        {
+            const size_t count = std::min({size, piece, bytes.size() - at});
+            std::memcpy(into, bytes.data() + at, count);
+            at += count;
+            return count;
+        }
+        bool Rewind() override
+        {
+            at = 0;
+            return true;
+        }
+
+    private:
+        std::string bytes;
+        size_t piece;
+        size_t at = 0;
+    };
 };
 
 class CountingServices final : public AppServices
@@ -56,15 +97,39 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     SetFileSystem(&files);
     SetAppServices(&services);
 
-    // The last byte picks the language, so that both reading modes are fuzzed.
+    // The last byte picks the language, so that both reading modes are
+    // fuzzed, and the size of the pieces the file is read in.
     const char16_t* const languages[] = {u"all", u"Deutsch", u"English", u"#2", u"Fr"};
     const char16_t* language = languages[size ? data[size - 1] % 5 : 0];
+    const size_t pieces[] = {1, 3, 8, 64, 4096, size_t(1) << 30};
+    files.piece = pieces[size ? (data[size - 1] / 5) % 6 : 0];
     files.input.assign(reinterpret_cast<const char*>(data), size);
     services.errors = 0;
 
     TextHolder holder;
     const bool loaded = holder.Load(KelText(u"in.ary"), KelText(language), true);
     Require(services.errors == (loaded ? 0 : 1));
+    const bool wide = size >= 12 && (data[8] & 1) == 0;
+    if (wide && (!loaded || holder.LanguageSlot() != TextHolder::AllLanguages))
+    {
+        // The same file for editing: it loads exactly when the language did,
+        // and then gives every number the text that the table holds.
+        TextHolder editing;
+        Require(editing.Load(KelText(u"in.ary"), KelText(u"all"), true) == loaded);
+        Require(editing.Count() == holder.Count());
+        for (int32_t i = 0; loaded && i < editing.EntryCount(); ++i)
+        {
+            const TextEntry* entry = editing.Entry(i);
+            if (!entry || entry->Number() > uint32_t(INT32_MAX))
+                continue;
+            const TextEntry* last = entry;
+            while (i + 1 < editing.EntryCount() && editing.Entry(i + 1) &&
+                   editing.Entry(i + 1)->Number() == entry->Number())
+                last = editing.Entry(++i); // of equal numbers the last one wins
+            const char16_t* text = holder.Text(int32_t(entry->Number()), true);
+            Require(text && last->TextFor(holder.LanguageSlot()).View() == text);
+        }
+    }
     if (!loaded)
     {
         Require(holder.Count() == 0 && holder.LanguageCount() == 0 && !holder.IsLoaded());

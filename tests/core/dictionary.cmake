@@ -3,6 +3,7 @@ kel_add_test(core_dictionary
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/dictionary/TextHolderTest.cpp
             ${CMAKE_CURRENT_LIST_DIR}/dictionary/DamagedFileTest.cpp
             ${CMAKE_CURRENT_LIST_DIR}/dictionary/ShippedDictionaryTest.cpp
+            ${CMAKE_CURRENT_LIST_DIR}/dictionary/ArchiveReadingTest.cpp
     LIBS keltext)
 target_compile_definitions(core_dictionary PRIVATE
     KEL_DICTIONARY_FILE="${CMAKE_BINARY_DIR}/bin/diction.ary")

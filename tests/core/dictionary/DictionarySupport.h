@@ -1,5 +1,8 @@
 #pragma once
+#include <algorithm>
+#include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,7 +12,9 @@
 #include "text/KelText.h"
 #include "text/TextHolder.h"
 
-// Files kept in memory, installed as the FileSystem while a test runs.
+// Files kept in memory, installed as the FileSystem while a test runs. Read
+// piece by piece, they come in pieces of at most `piece` bytes, so that the
+// archive's reading window has to move on many times even in a small file.
 class MemoryFiles : public FileSystem
 {
 public:
@@ -30,10 +35,42 @@ public:
         return true;
     }
     bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
+    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
+    {
+        const auto found = files.find(std::u16string(path.View()));
+        if (found == files.end())
+            return nullptr;
+        return std::make_unique<PieceReader>(found->second, piece);
+    }
 
     std::map<std::u16string, std::string> files;
+    size_t piece = 7;
 
 private:
+    class PieceReader final : public FileReader
+    {
+    public:
+        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
+        uint64_t Size() const override { return bytes.size(); }
+        size_t Read(void* into, size_t size) override
+        {
+            const size_t count = std::min({size, piece, bytes.size() - at});
+            std::memcpy(into, bytes.data() + at, count);
+            at += count;
+            return count;
+        }
+        bool Rewind() override
+        {
+            at = 0;
+            return true;
+        }
+
+    private:
+        std::string bytes;
+        size_t piece;
+        size_t at = 0;
+    };
+
     FileSystem* previous;
 };
 
