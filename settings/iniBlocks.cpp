@@ -85,9 +85,13 @@ KelText iniEquBlock::GetItem(int32_t index) const
 {
     if (!names || !values || index < 0 || index >= std::min(names->Count(), values->Count()))
         return KelText();
-    KelText item(*names->At(index));
+    const KelText& name = *names->At(index);
+    const KelText& value = *values->At(index);
+    KelText item;
+    item.Reserve(name.Length() + 1 + value.Length(), false);
+    item += name;
     item += u'=';
-    item += *values->At(index);
+    item += value;
     return item;
 }
 

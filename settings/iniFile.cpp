@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 
 #include "text/AppServices.h"
@@ -17,58 +18,157 @@ namespace
 constexpr char16_t kReplacement = 0xFFFD;
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
-// Converts 8-bit text in codePage to UTF-16. False when a non-empty text
-// gives nothing (so that an unconvertible file is never taken for an empty one).
-bool Widen(uint32_t codePage, const char* bytes, size_t size, std::u16string& units)
-{
-    units.clear();
-    if (size == 0)
-        return true;
-    if (size > size_t(std::numeric_limits<int32_t>::max()))
-        return false;
-    // One pass: in the ANSI code pages and in UTF-8 no character takes more
-    // UTF-16 units than bytes. Should one ever do, ask for the size first.
-    units.resize(size);
-    int32_t written = CodePage::ToWide(codePage, bytes, int32_t(size), units.data(), int32_t(size));
-    if (written < 1)
-    {
-        const int32_t needed = CodePage::ToWide(codePage, bytes, int32_t(size), nullptr, 0);
-        if (needed < 1)
-            return false;
-        units.resize(size_t(needed));
-        written = CodePage::ToWide(codePage, bytes, int32_t(size), units.data(), needed);
-        if (written < 1)
-            return false;
-    }
-    units.resize(size_t(written));
-    return true;
-}
-
 // Whether line begins with "[" and ends with "]".
 bool IsHeaderLine(const iniLine& line)
 {
     return line.IsBoundary() && line.c_str()[line.Length() - 1] == u']';
 }
 
-// The file's bytes as UTF-16, the encoding chosen by the byte-order mark.
-bool Decode(const std::string& bytes, std::u16string& units)
+// A settings file decoded to UTF-16 as its bytes arrive, piece by piece, so
+// that a large file is never held twice (once as bytes, once as units). The
+// first bytes decide the encoding: EF BB BF is UTF-8, FF FE UTF-16
+// little-endian (both marks skipped), anything else the ANSI code page.
+// 8-bit text is converted up to places that three ASCII bytes precede: no
+// character of UTF-8 or of a double-byte code page reaches over such a place,
+// so the pieces convert exactly as the whole would.
+class Decoder
 {
-    const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
-    const size_t size = bytes.size();
-    if (size >= 3 && b[0] == 0xEF && b[1] == 0xBB && b[2] == 0xBF)
-        return Widen(CodePage::Utf8, bytes.data() + 3, size - 3, units);
-    if (size >= 2 && b[0] == 0xFF && b[1] == 0xFE)
+public:
+    // Reads and decodes everything `read` gives (pieces of at most the size
+    // asked for, 0 at the end); `size` is what the file is expected to hold.
+    template <typename Read>
+    bool Run(Read read, uint64_t size)
     {
-        const size_t count = (size - 2) / 2;
-        units.resize(count);
-        for (size_t i = 0; i < count; ++i)
-            units[i] = char16_t(b[2 + 2 * i] | (b[3 + 2 * i] << 8));
-        if ((size - 2) % 2)
-            units.push_back(kReplacement); // a dangling last byte
+        std::string pending;
+        auto more = [&](size_t wanted)
+        {
+            const size_t held = pending.size();
+            pending.resize(held + wanted);
+            const size_t got = read(pending.data() + held, wanted);
+            pending.resize(held + got);
+            return got;
+        };
+        bool ended = false;
+        while (pending.size() < 3 && !ended)
+            ended = more(kPiece) == 0;
+        const auto* b = reinterpret_cast<const unsigned char*>(pending.data());
+        if (pending.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE)
+            return Utf16(pending, ended, read, size);
+        uint32_t codePage = CodePage::Ansi;
+        if (pending.size() >= 3 && b[0] == 0xEF && b[1] == 0xBB && b[2] == 0xBF)
+        {
+            codePage = CodePage::Utf8;
+            pending.erase(0, 3);
+            size = size > 3 ? size - 3 : 0;
+        }
+        Reserve(size_t(std::min<uint64_t>(size, kMaxNarrowBytes)) + 1);
+        for (;;)
+        {
+            // Convert up to the last place three ASCII bytes precede (all at the end).
+            size_t place = pending.size();
+            if (!ended)
+                while (place >= 3 && !(IsAscii(pending[place - 1]) && IsAscii(pending[place - 2]) &&
+                                       IsAscii(pending[place - 3])))
+                    --place;
+            if (place >= 3 || ended)
+            {
+                if (!Widen(codePage, pending.data(), place))
+                    return false;
+                pending.erase(0, place);
+            }
+            if (ended)
+                return true;
+            ended = more(kPiece) == 0;
+        }
+    }
+
+    std::unique_ptr<char16_t[]> units;
+    size_t count = 0;
+
+private:
+    static constexpr size_t kPiece = 64 * 1024;
+    // 8-bit files are converted with 32-bit lengths.
+    static constexpr uint64_t kMaxNarrowBytes = uint64_t(std::numeric_limits<int32_t>::max());
+
+    static bool IsAscii(char byte) { return (unsigned char)byte < 0x80; }
+
+    // Room for `wanted` units in all, and one more for a terminator.
+    void Reserve(size_t wanted)
+    {
+        if (wanted + 1 <= capacity)
+            return;
+        const size_t larger = std::max(wanted + 1, capacity + capacity / 2);
+        std::unique_ptr<char16_t[]> grown(new char16_t[larger]);
+        if (count)
+            std::memcpy(grown.get(), units.get(), count * sizeof(char16_t));
+        units = std::move(grown);
+        capacity = larger;
+    }
+
+    // Converts 8-bit text in codePage and appends it. False when a non-empty
+    // text gives nothing (so that an unconvertible file is never taken for an
+    // empty one), or the file is too large to convert.
+    bool Widen(uint32_t codePage, const char* bytes, size_t size)
+    {
+        if (size == 0)
+            return true;
+        narrowBytes += size;
+        if (narrowBytes > kMaxNarrowBytes)
+            return false;
+        // In the ANSI code pages and in UTF-8 no character takes more UTF-16
+        // units than bytes. Should one ever do, ask for the size first.
+        Reserve(count + size);
+        int32_t written =
+            CodePage::ToWide(codePage, bytes, int32_t(size), units.get() + count, int32_t(size));
+        if (written < 1)
+        {
+            const int32_t needed = CodePage::ToWide(codePage, bytes, int32_t(size), nullptr, 0);
+            if (needed < 1)
+                return false;
+            Reserve(count + size_t(needed));
+            written = CodePage::ToWide(codePage, bytes, int32_t(size), units.get() + count, needed);
+            if (written < 1)
+                return false;
+        }
+        count += size_t(written);
         return true;
     }
-    return Widen(CodePage::Ansi, bytes.data(), size, units);
-}
+
+    // UTF-16 little-endian: the bytes after the mark are read straight into
+    // the units; a dangling last byte becomes U+FFFD.
+    template <typename Read>
+    bool Utf16(const std::string& first, bool ended, Read& read, uint64_t size)
+    {
+        size_t bytes = first.size() - 2;
+        // Room for the expected units, a dangling byte's U+FFFD and the terminator.
+        Reserve(size_t(std::max<uint64_t>(size, first.size()) - 2) / 2 + 2);
+        std::memcpy(units.get(), first.data() + 2, bytes);
+        while (!ended)
+        {
+            const size_t room = capacity * 2 - 4 - bytes;
+            if (room < 2)
+            {
+                count = (bytes + 1) / 2;          // what Reserve keeps
+                Reserve(capacity + capacity / 2); // the file has grown
+                continue;
+            }
+            const size_t got =
+                read(reinterpret_cast<char*>(units.get()) + bytes, std::min(kPiece, room));
+            bytes += got;
+            ended = got == 0;
+        }
+        count = bytes / 2;
+        if constexpr (std::endian::native == std::endian::big)
+            for (size_t i = 0; i < count; ++i)
+                units[i] = char16_t((units[i] >> 8) | (units[i] << 8));
+        if (bytes % 2)
+            units[count++] = kReplacement;
+        return true;
+    }
+
+    size_t capacity = 0;
+    uint64_t narrowBytes = 0;
+};
 } // namespace
 
 iniFile::iniFile(const KelText& path_) : path(path_) {}
@@ -97,19 +197,38 @@ int32_t iniFile::Load()
 
 int32_t iniFile::LoadFrom(std::string* keep)
 {
-    std::string read;
-    std::string& bytes = keep ? *keep : read;
-    bytes.clear();
+    if (keep)
+        keep->clear();
     if (path.IsEmpty())
         return 0;
     Clear();
-    if (!GetFileSystem().ReadBytes(path, bytes))
-        return 0;
-    std::u16string units;
-    if (!Decode(bytes, units))
-        return 0;
-    std::string().swap(read); // the bytes are not needed any more: less held at once
-    lines.Assign(std::move(units));
+    Decoder decoder;
+    if (keep)
+    {
+        // The bytes are wanted whole (to put back should a write fail).
+        if (!GetFileSystem().ReadBytes(path, *keep))
+            return 0;
+        size_t at = 0;
+        auto read = [keep, &at](char* into, size_t wanted)
+        {
+            const size_t count = std::min(wanted, keep->size() - at);
+            std::memcpy(into, keep->data() + at, count);
+            at += count;
+            return count;
+        };
+        if (!decoder.Run(read, keep->size()))
+            return 0;
+    }
+    else
+    {
+        const std::unique_ptr<FileReader> reader = GetFileSystem().OpenReader(path);
+        if (!reader)
+            return 0;
+        auto read = [&reader](char* into, size_t wanted) { return reader->Read(into, wanted); };
+        if (!decoder.Run(read, reader->Size()) || reader->Failed())
+            return 0;
+    }
+    lines.Assign(std::move(decoder.units), decoder.count);
     loaded = 1;
     return 1;
 }
@@ -127,28 +246,30 @@ int32_t iniFile::SaveOver(const std::string* previous, int32_t report)
     const iniLine* last = nullptr;
     size_t total = 1;
     for (const iniLine* line = lines.First(); line; line = line->Next())
-    {
-        total += size_t(line->Length()) + 2;
         if (!line->IsEmpty())
             last = line;
-    }
+    for (const iniLine* line = lines.First(); last && line != last->Next(); line = line->Next())
+        total += size_t(line->Length()) + 2;
 
-    // The whole new content, built without the formatter (lines have no length limit).
-    std::u16string content;
-    content.reserve(total);
-    content += kByteOrderMark;
+    // The whole new content, built without the formatter (lines have no length
+    // limit), each unit copied once into memory that nothing fills before.
+    const std::unique_ptr<char16_t[]> content(new char16_t[total]);
+    char16_t* out = content.get();
+    *out++ = kByteOrderMark;
     for (const iniLine* line = lines.First(); last && line != last->Next(); line = line->Next())
     {
         // A line feed inside a line (only the program can put one there) would
         // split it in two, and could even start a section: it is written as a blank.
-        const size_t from = content.size();
-        content += line->View();
-        std::replace(content.begin() + ptrdiff_t(from), content.end(), u'\n', u' ');
-        content += u"\r\n";
+        const char16_t* in = line->c_str();
+        for (int32_t i = 0, n = line->Length(); i < n; ++i)
+            out[i] = in[i] == u'\n' ? u' ' : in[i];
+        out += line->Length();
+        *out++ = u'\r';
+        *out++ = u'\n';
     }
     if constexpr (std::endian::native == std::endian::big)
-        for (char16_t& unit : content)
-            unit = char16_t((unit >> 8) | (unit << 8));
+        for (char16_t* unit = content.get(); unit != out; ++unit)
+            *unit = char16_t((*unit >> 8) | (*unit << 8));
 
     // Written in one operation; on failure the previous content is put back.
     FileSystem& files = GetFileSystem();
@@ -164,7 +285,7 @@ int32_t iniFile::SaveOver(const std::string* previous, int32_t report)
         }
         previous = &readNow;
     }
-    if (files.WriteBytes(path, content.data(), content.size() * sizeof(char16_t)))
+    if (files.WriteBytes(path, content.get(), total * sizeof(char16_t)))
         return 1;
     if (existed || files.Exists(path))
         files.WriteBytes(path, previous->data(), previous->size());

@@ -1,7 +1,12 @@
 #include "settings/iniLines.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace
 {
@@ -30,6 +35,49 @@ bool IsHeader(const iniLine& line)
 uint64_t HeaderHash(std::u16string_view section)
 {
     return HashFolded(u"]", HashFolded(section, HashFolded(u"[")));
+}
+
+// The first unit at or after `at` that is a line feed or a 0; `end` when there
+// is none. Eight units at a time where the processor allows.
+char16_t* NextBreak(char16_t* at, char16_t* end)
+{
+#if defined(__SSE2__)
+    const __m128i feed = _mm_set1_epi16(u'\n'), zero = _mm_setzero_si128();
+    for (; end - at >= 8; at += 8)
+    {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const int found = _mm_movemask_epi8(
+            _mm_or_si128(_mm_cmpeq_epi16(units, feed), _mm_cmpeq_epi16(units, zero)));
+        if (found)
+            return at + std::countr_zero(unsigned(found)) / 2;
+    }
+#endif
+    while (at != end && *at != u'\n' && *at != 0)
+        ++at;
+    return at;
+}
+
+// The number of line feeds in [at, end).
+size_t CountFeeds(const char16_t* at, const char16_t* end)
+{
+    size_t feeds = 0;
+#if defined(__SSE2__)
+    // Counted in eight lanes (each match subtracts -1), summed every 32,768 steps.
+    const __m128i feed = _mm_set1_epi16(u'\n');
+    while (end - at >= 8)
+    {
+        __m128i lanes = _mm_setzero_si128();
+        for (int step = 0; step < 32768 && end - at >= 8; ++step, at += 8)
+            lanes = _mm_sub_epi16(
+                lanes,
+                _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)), feed));
+        alignas(16) uint16_t counts[8];
+        _mm_store_si128(reinterpret_cast<__m128i*>(counts), lanes);
+        for (const uint16_t count : counts)
+            feeds += count;
+    }
+#endif
+    return feeds + size_t(std::count(at, end, u'\n'));
 }
 
 bool IsHeaderFor(const iniLine& line, std::u16string_view section)
@@ -122,6 +170,17 @@ iniLine* Enter(TableType& table, uint64_t hash, iniLine* line, Same same, bool r
     return slot.line;
 }
 
+// An empty table with room for `expected` entries without growing.
+template <typename TableType>
+void Prepare(TableType& table, size_t expected)
+{
+    size_t size = 16;
+    while (size * 3 < expected * 4 + 4)
+        size *= 2;
+    table.slots.assign(size, {0, nullptr});
+    table.used = 0;
+}
+
 template <typename TableType>
 void Empty(TableType& table)
 {
@@ -188,24 +247,47 @@ iniLine* iniLines::NewLine(std::u16string_view text)
 
 void iniLines::FreeText(iniLine* line)
 {
-    if (line->owned)
-        delete[] line->text;
     line->text = u"";
     line->length = 0;
-    line->owned = false;
+    line->owned = 0;
+}
+
+char16_t* iniLines::TextRoom(size_t units)
+{
+    // Texts share blocks; a long one has a block of its own.
+    constexpr size_t kBlock = 32 * 1024;
+    if (units > kBlock / 4)
+    {
+        textBlocks.emplace_back(new char16_t[units]);
+        return textBlocks.back().get();
+    }
+    if (units > textLeft)
+    {
+        textBlocks.emplace_back(new char16_t[kBlock]);
+        textNext = textBlocks.back().get();
+        textLeft = kBlock;
+    }
+    char16_t* room = textNext;
+    textNext += units;
+    textLeft -= units;
+    return room;
 }
 
 void iniLines::SetText(iniLine* line, std::u16string_view text)
 {
-    FreeText(line);
     if (text.empty())
+    {
+        FreeText(line);
         return;
-    char16_t* copy = new char16_t[text.size() + 1];
+    }
+    // A line's own text is written over when the new one fits in its place.
+    char16_t* copy = line->owned && line->length >= text.size() ? const_cast<char16_t*>(line->text)
+                                                                : TextRoom(text.size() + 1);
     std::memcpy(copy, text.data(), text.size() * sizeof(char16_t));
     copy[text.size()] = 0;
     line->text = copy;
-    line->length = int32_t(text.size());
-    line->owned = true;
+    line->length = uint32_t(text.size()) & 0x7FFFFFFF;
+    line->owned = 1;
 }
 
 void iniLines::LinkAfter(iniLine* at, iniLine* line)
@@ -219,11 +301,12 @@ void iniLines::LinkAfter(iniLine* at, iniLine* line)
 
 void iniLines::Clear()
 {
-    for (iniLine* line = head; line; line = line->next)
-        FreeText(line);
     head = nullptr;
     count = 0;
-    std::u16string().swap(loadedText);
+    loadedText.reset();
+    textBlocks.clear();
+    textNext = nullptr;
+    textLeft = 0;
     blocks.clear();
     blockSize = blockUsed = 0;
     freeLines = nullptr;
@@ -232,15 +315,16 @@ void iniLines::Clear()
     std::vector<const iniLine*>().swap(order);
 }
 
-void iniLines::Assign(std::u16string&& text)
+void iniLines::Assign(std::unique_ptr<char16_t[]> text, size_t size)
 {
     Clear();
     loadedText = std::move(text);
-    char16_t* const begin = loadedText.data();
-    char16_t* const end = begin + loadedText.size();
+    char16_t* const begin = loadedText.get();
+    char16_t* const end = begin + size;
+    *end = 0; // the last line's terminator
 
     // One record per line, all in one block.
-    const size_t feeds = size_t(std::count(begin, end, u'\n'));
+    const size_t feeds = CountFeeds(begin, end);
     const size_t total = feeds + (begin != end && end[-1] != u'\n' ? 1 : 0);
     if (total == 0)
     {
@@ -255,16 +339,17 @@ void iniLines::Assign(std::u16string&& text)
     // would end a line early, into the replacement character, and index the
     // sections on the way.
     iniLine* line = records;
-    Segment* current = nullptr;
+    int32_t current = -1;
     auto add = [&](char16_t* start, char16_t* stop)
     {
         *stop = 0; // the CR or LF, or the text's own terminator
         line->text = start;
-        line->length = int32_t(stop - start);
+        line->length = uint32_t(stop - start) & 0x7FFFFFFF;
         line->next = line + 1;
         if (*start == u'[')
         {
-            current = NewSegment(line);
+            NewSegment(line);
+            current = int32_t(segments.size()) - 1;
             if (IsHeader(*line))
                 Enter(
                     headers, HashFolded(line->View()), line,
@@ -275,15 +360,15 @@ void iniLines::Assign(std::u16string&& text)
         ++line;
     };
     char16_t* start = begin;
-    for (char16_t* at = begin; at != end; ++at)
+    for (char16_t* at = begin; (at = NextBreak(at, end)) != end;)
     {
         if (*at == 0)
-            *at = 0xFFFD;
-        else if (*at == u'\n')
         {
-            add(start, (at > start && at[-1] == u'\r') ? at - 1 : at);
-            start = at + 1;
+            *at++ = 0xFFFD;
+            continue;
         }
+        add(start, (at > start && at[-1] == u'\r') ? at - 1 : at);
+        start = ++at;
     }
     if (start != end) // a last line without line end
         add(start, end);
@@ -321,6 +406,11 @@ iniLines::Segment* iniLines::NewSegment(iniLine* header) const
     return segments.back().get();
 }
 
+iniLines::Segment* iniLines::SegmentOf(const iniLine* line) const
+{
+    return line && line->segment >= 0 ? segments[size_t(line->segment)].get() : nullptr;
+}
+
 void iniLines::DropIndex() const
 {
     indexed = false;
@@ -331,12 +421,13 @@ void iniLines::DropIndex() const
 void iniLines::BuildIndex() const
 {
     DropIndex();
-    Segment* current = nullptr;
+    int32_t current = -1;
     for (iniLine* line = head; line; line = line->next)
     {
         if (line->IsBoundary())
         {
-            current = NewSegment(line);
+            NewSegment(line);
+            current = int32_t(segments.size()) - 1;
             if (IsHeader(*line))
                 Enter(
                     headers, HashFolded(line->View()), line,
@@ -350,7 +441,10 @@ void iniLines::BuildIndex() const
 
 void iniLines::BuildKeys(Segment& segment) const
 {
-    Empty(segment.keys);
+    size_t body = 0;
+    for (iniLine* line = segment.header->next; line && !line->IsBoundary(); line = line->next)
+        ++body;
+    Prepare(segment.keys, body);
     std::u16string_view key;
     for (iniLine* line = segment.header->next; line && !line->IsBoundary(); line = line->next)
         if (KeyOf(line->View(), key))
@@ -384,17 +478,17 @@ const iniLine* iniLines::InsertAfter(const iniLine* at_, std::u16string_view tex
 
     // The segment that `at` belongs to (the one it starts, when it begins
     // with "["): the new line lands in its body.
-    Segment* owner = at ? at->segment : nullptr;
+    Segment* owner = SegmentOf(at);
     if (line->IsBoundary())
     {
         // A new segment starts here and takes over the owner's lines after it.
         Segment* added = NewSegment(line);
-        line->segment = added;
+        line->segment = int32_t(segments.size()) - 1;
         bool moved = false;
         std::u16string_view key;
         for (iniLine* next = line->next; next && !next->IsBoundary(); next = next->next)
         {
-            next->segment = added;
+            next->segment = line->segment;
             moved = true;
             if (KeyOf(next->View(), key))
                 Enter(
@@ -422,7 +516,7 @@ const iniLine* iniLines::InsertAfter(const iniLine* at_, std::u16string_view tex
         return line;
     }
 
-    line->segment = owner;
+    line->segment = at ? at->segment : -1;
     std::u16string_view key;
     if (!owner || !owner->keysBuilt || !KeyOf(line->View(), key))
         return line;
@@ -450,7 +544,7 @@ void iniLines::Replace(const iniLine* line_, std::u16string_view text)
             if (!(was && now && SameFolded(line->View(), text)))
                 DropIndex();
         }
-        else if (Segment* owner = line->segment; owner && owner->keysBuilt)
+        else if (Segment* owner = SegmentOf(line); owner && owner->keysBuilt)
         {
             std::u16string_view oldKey, newKey;
             const bool hadKey = KeyOf(line->View(), oldKey);
@@ -484,7 +578,7 @@ void iniLines::RemoveAfter(const iniLine* at_, int32_t n)
     {
         if (boundary)
             DropIndex();
-        else if (Segment* owner = at ? at->segment : nullptr; owner && owner->keysBuilt)
+        else if (Segment* owner = SegmentOf(at); owner && owner->keysBuilt)
         {
             // The lines all lie in the body of at's segment.
             if (at == owner->header && (!after || after->IsBoundary()))
@@ -499,7 +593,7 @@ void iniLines::RemoveAfter(const iniLine* at_, int32_t n)
     {
         iniLine* next = line->next;
         FreeText(line);
-        line->segment = nullptr;
+        line->segment = -1;
         line->next = freeLines;
         freeLines = line;
         line = next;
@@ -538,7 +632,7 @@ const iniLine* iniLines::FindKey(const iniLine* header, std::u16string_view key)
     }
     if (!indexed)
         BuildIndex();
-    Segment& segment = *header->segment;
+    Segment& segment = *SegmentOf(header);
     if (!segment.keysBuilt)
         BuildKeys(segment);
     return Find(segment.keys, HashFolded(key), same);

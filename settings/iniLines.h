@@ -37,8 +37,10 @@ class iniLine;
 // part, which is rebuilt on the next search.
 //
 // Memory: the text of a loaded file is kept in one buffer (the lines point
-// into it), and each line takes one fixed-size record; lines inserted later
-// hold their own copy of their text.
+// into it), and each line takes one fixed-size record; the texts of lines
+// inserted or replaced later are kept in blocks of many. A replaced text's
+// place is used again by the line when its new text fits; otherwise it is
+// given back with the document.
 class iniLines
 {
 public:
@@ -54,11 +56,12 @@ public:
     // The line at pos; an empty line outside the document.
     const iniLine& operator[](int32_t pos) const;
 
-    // Replaces the document with the lines of a decoded file: split at LF, a
-    // CR directly before the LF dropped, a last line without LF kept when it
-    // is not empty, every NUL read as U+FFFD. The lines keep pointing into the
-    // text, which the document takes over.
-    void Assign(std::u16string&& text);
+    // Replaces the document with the lines of a decoded file of `size` units
+    // (with room for one unit more after them): split at LF, a CR directly
+    // before the LF dropped, a last line without LF kept when it is not
+    // empty, every NUL read as U+FFFD. The lines keep pointing into the text,
+    // which the document takes over.
+    void Assign(std::unique_ptr<char16_t[]> text, size_t size);
     // Inserts text as a new line after `at` (null: at the top) and answers it.
     const iniLine* InsertAfter(const iniLine* at, std::u16string_view text);
     // Gives `line` a new text; it keeps its place.
@@ -99,11 +102,15 @@ private:
 
     iniLine* NewLine(std::u16string_view text);
     void FreeText(iniLine* line);
+    // Room for `units` units of text, which lasts as long as the document.
+    char16_t* TextRoom(size_t units);
     void SetText(iniLine* line, std::u16string_view text);
     void LinkAfter(iniLine* at, iniLine* line);
     void DropIndex() const;
     void BuildIndex() const;
+    // A new segment started by header; its number is the last in segments.
     Segment* NewSegment(iniLine* header) const;
+    Segment* SegmentOf(const iniLine* line) const;
     void BuildKeys(Segment& segment) const;
     static void Forget(Segment& segment);
     void BuildOrder() const;
@@ -111,13 +118,18 @@ private:
     iniLine* head = nullptr;
     int32_t count = 0;
     // The text of the loaded file, which its lines point into.
-    std::u16string loadedText;
+    std::unique_ptr<char16_t[]> loadedText;
     // Line records come from blocks that hold many each (one allocation per
     // block rather than per line); removed records are used again.
     std::vector<std::unique_ptr<iniLine[]>> blocks;
     int32_t blockSize = 0;
     int32_t blockUsed = 0;
     iniLine* freeLines = nullptr;
+    // The texts of lines inserted or replaced, in blocks of many; textNext
+    // points at the room left in the block being filled.
+    std::vector<std::unique_ptr<char16_t[]>> textBlocks;
+    char16_t* textNext = nullptr;
+    size_t textLeft = 0;
 
     mutable bool indexed = false;
     mutable std::vector<std::unique_ptr<Segment>> segments;
@@ -136,10 +148,10 @@ class iniLine
 public:
     std::u16string_view View() const { return std::u16string_view(text, size_t(length)); }
     const char16_t* c_str() const { return text; }
-    int32_t Length() const { return length; }
+    int32_t Length() const { return int32_t(length); }
     bool IsEmpty() const { return length == 0; }
     // 0-based; 0 outside the line.
-    char16_t At(int32_t index) const { return index >= 0 && index < length ? text[index] : 0; }
+    char16_t At(int32_t index) const { return index >= 0 && index < Length() ? text[index] : 0; }
     // Whether the line begins with "[" (and so ends the section before it).
     bool IsBoundary() const { return text[0] == u'['; }
     // The next line of the document, null after the last one.
@@ -151,11 +163,11 @@ private:
 
     const char16_t* text = u"";
     iniLine* next = nullptr;
-    // The section the line belongs to (for a line that begins with "[", the
-    // one it starts); null before the first such line. Valid while the
-    // document is indexed.
-    iniLines::Segment* segment = nullptr;
-    int32_t length = 0;
+    uint32_t length : 31 = 0;
     // Whether text is a copy of the line's own rather than part of the loaded text.
-    bool owned = false;
+    uint32_t owned : 1 = 0;
+    // The number of the segment the line belongs to (for a line that begins
+    // with "[", the one it starts); -1 before the first such line. Valid
+    // while the document is indexed.
+    int32_t segment = -1;
 };

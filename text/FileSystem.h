@@ -17,6 +17,8 @@ public:
     // Reads up to `size` bytes from where the last read ended and answers how
     // many it read: 0 at the end of the file or on a failure.
     virtual size_t Read(void* into, size_t size) = 0;
+    // Whether a read failed (rather than met the end of the file).
+    virtual bool Failed() const { return false; }
     // Starts again from the first byte; false when that fails.
     virtual bool Rewind() = 0;
 };

@@ -23,6 +23,7 @@ public:
     {
         return std::fread(into, 1, count, file.get());
     }
+    bool Failed() const override { return std::ferror(file.get()) != 0; }
     bool Rewind() override { return std::fseek(file.get(), 0, SEEK_SET) == 0; }
 
 private:

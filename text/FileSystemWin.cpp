@@ -35,9 +35,13 @@ public:
         DWORD got = 0;
         const DWORD wanted = DWORD(count < 0x40000000 ? count : 0x40000000);
         if (!ReadFile(file.Get(), into, wanted, &got, nullptr))
+        {
+            failed = true;
             return 0;
+        }
         return got;
     }
+    bool Failed() const override { return failed; }
     bool Rewind() override
     {
         LARGE_INTEGER start{};
@@ -47,6 +51,7 @@ public:
 private:
     Handle file;
     uint64_t size;
+    bool failed = false;
 };
 
 class WindowsFileSystem final : public FileSystem

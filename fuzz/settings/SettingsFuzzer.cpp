@@ -3,13 +3,17 @@
 // again, all through files held in memory. Checks that nothing crashes, that
 // a written file is well-formed UTF-16 and reads back as the lines that were
 // saved, that a failed write leaves the previous bytes, and that the section
-// and key index agrees with a plain scan after the entries' edits.
+// and key index agrees with a plain scan after the entries' edits, and that a
+// file read in small pieces gives the lines of the whole.
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "settings/iniFile.h"
@@ -37,9 +41,43 @@ public:
         return ok;
     }
     bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
+    // Files read piece by piece come in pieces of at most `piece` bytes.
+    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
+    {
+        std::string bytes;
+        if (!ReadBytes(path, bytes))
+            return nullptr;
+        return std::make_unique<PieceReader>(std::move(bytes), piece);
+    }
 
     std::map<std::u16string, std::string> files;
     bool failNextWrite = false;
+    size_t piece = SIZE_MAX;
+
+private:
+    class PieceReader final : public FileReader
+    {
+    public:
+        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
+        uint64_t Size() const override { return bytes.size(); }
+        size_t Read(void* into, size_t size) override
+        {
+            const size_t count = std::min({size, piece, bytes.size() - at});
+            std::memcpy(into, bytes.data() + at, count);
+            at += count;
+            return count;
+        }
+        bool Rewind() override
+        {
+            at = 0;
+            return true;
+        }
+
+    private:
+        std::string bytes;
+        size_t piece;
+        size_t at = 0;
+    };
 };
 
 #define Check(condition) CheckThat(condition, #condition)
@@ -165,8 +203,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     file.ReadAll(sectionFilter, keyFilter);
 
     // The entries' edits on a loaded copy, the index checked after each one.
-    iniFile copy(kPath);
-    if (copy.Load())
+    // The copy is read in small pieces: its lines are those of the whole file.
+    iniFile whole(kPath), copy(kPath);
+    whole.Load();
+    const size_t pieces[] = {1, 2, 3, 5, 7, 16, 4096, SIZE_MAX};
+    files.piece = pieces[(flags >> 3) % 8];
+    copy.Load();
+    files.piece = SIZE_MAX;
+    Check(copy.lines.Count() == whole.lines.Count());
+    for (int32_t i = 0; i < whole.lines.Count(); ++i)
+        Check(copy.lines[i].View() == whole.lines[i].View());
+    if (copy.loaded)
     {
         CheckIndex(copy.lines, names);
         for (int32_t i = file.entries.Count() - 1; i >= 0; --i)

@@ -1,6 +1,9 @@
 #pragma once
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,7 @@ using Lines = std::vector<std::u16string>;
 
 // Files kept in memory, installed for the lifetime of the object. With
 // failNextWrite the next write stores half of its bytes and fails (a full disk).
+// Read piece by piece, a file comes in pieces of at most `piece` bytes.
 class MemoryFiles : public FileSystem
 {
 public:
@@ -35,13 +39,45 @@ public:
         return !fail;
     }
     bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
+    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
+    {
+        std::string bytes;
+        if (!ReadBytes(path, bytes))
+            return nullptr;
+        return std::make_unique<PieceReader>(std::move(bytes), piece);
+    }
 
     std::map<std::u16string, std::string> files;
     bool failNextWrite = false;
     bool unreadable = false;
     int writes = 0;
+    size_t piece = SIZE_MAX;
 
 private:
+    class PieceReader final : public FileReader
+    {
+    public:
+        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
+        uint64_t Size() const override { return bytes.size(); }
+        size_t Read(void* into, size_t size) override
+        {
+            const size_t count = std::min({size, piece, bytes.size() - at});
+            std::memcpy(into, bytes.data() + at, count);
+            at += count;
+            return count;
+        }
+        bool Rewind() override
+        {
+            at = 0;
+            return true;
+        }
+
+    private:
+        std::string bytes;
+        size_t piece;
+        size_t at = 0;
+    };
+
     FileSystem* previous;
 };
 

@@ -5,6 +5,7 @@
 
 #include "settings/iniFile.h"
 #include "tests/core/settings/SettingsTestSupport.h"
+#include "text/CodePage.h"
 #include "text/EncodedText.h"
 
 // Randomised checks with fixed start values: every run sees the same cases.
@@ -47,8 +48,8 @@ int32_t ScanKey(const Lines& lines, int32_t header, const std::u16string& key)
     return -1;
 }
 
-template <size_t N>
-const std::u16string& Pick(std::mt19937& random, const std::u16string (&pool)[N])
+template <typename Text, size_t N>
+const Text& Pick(std::mt19937& random, const Text (&pool)[N])
 {
     return pool[random() % N];
 }
@@ -134,7 +135,9 @@ TEST(iniLinesIndex, AgreesWithAPlainScanAfterEveryEdit)
                 if (model.back().empty())
                     model.pop_back();
             }
-            lines.Assign(std::u16string(joined));
+            std::unique_ptr<char16_t[]> text(new char16_t[joined.size() + 1]);
+            std::copy(joined.begin(), joined.end(), text.get());
+            lines.Assign(std::move(text), joined.size());
             lastInserted = -1;
         }
         else if (random() % 16 == 0)
@@ -268,5 +271,63 @@ TEST(iniFileProperty, LinesNoEntryOwnsComeOutUnchanged)
             while (!lines->empty() && lines->back().empty())
                 lines->pop_back();
         ASSERT_EQ(output, expected) << "round " << round;
+    }
+}
+
+TEST(iniFileProperty, FilesReadInPiecesDecodeAsAWhole)
+{
+    // Bytes that make every kind of trouble at a piece's end: multi-byte and
+    // broken UTF-8, high ANSI bytes, CR, LF, NUL, odd UTF-16 lengths.
+    const std::string parts[] = {
+        "a",       "key=",     "\r\n",         "\n",       "\r",           std::string(1, '\0'),
+        "[S]",     "\xC3\xA9", "\xE2\x82\xAC", "\xE2\x82", "\xE2",         "\xF0\x9F\x98\x80",
+        "\xF0",    "\xF0\x9F", "\xC3",         "\x80\x80", "\xED\xA0\x80", "\xFF",
+        "\x81\x40"};
+    MemoryFiles files;
+    std::mt19937 random(77);
+    for (int round = 0; round < 400; ++round)
+    {
+        std::string bytes = round % 3 == 1 ? "\xEF\xBB\xBF" : round % 3 == 2 ? "\xFF\xFE" : "";
+        for (int i = int(random() % 60); i > 0; --i)
+            bytes += Pick(random, parts);
+
+        // As a plain reading of the whole file would decode it.
+        std::u16string whole;
+        const size_t mark = round % 3 == 1 ? 3 : round % 3 == 2 ? 2 : 0;
+        if (round % 3 == 2)
+        {
+            for (size_t at = mark; at + 1 < bytes.size(); at += 2)
+                whole += char16_t(uint8_t(bytes[at]) | uint8_t(bytes[at + 1]) << 8);
+            if ((bytes.size() - mark) % 2)
+                whole += u'\uFFFD';
+        }
+        else if (bytes.size() > mark)
+        {
+            whole.resize(bytes.size() - mark);
+            whole.resize(size_t(CodePage::ToWide(round % 3 ? CodePage::Utf8 : CodePage::Ansi,
+                                                 bytes.data() + mark, int32_t(bytes.size() - mark),
+                                                 whole.data(), int32_t(whole.size()))));
+        }
+        std::replace(whole.begin(), whole.end(), u'\0', u'\uFFFD');
+        Lines expected;
+        for (size_t start = 0, end; start < whole.size(); start = end + 1)
+        {
+            end = std::min(whole.find(u'\n', start), whole.size());
+            expected.push_back(whole.substr(start, end - start));
+            if (end < whole.size() && expected.back().ends_with(u'\r'))
+                expected.back().pop_back();
+        }
+
+        files.files[u"p.ini"] = bytes;
+        for (size_t piece : {size_t(1), size_t(2), size_t(3), size_t(5), SIZE_MAX})
+        {
+            files.piece = piece;
+            iniFile file(u"p.ini");
+            ASSERT_EQ(file.Load(), 1);
+            Lines loaded;
+            for (int32_t i = 0; i < file.lines.Count(); ++i)
+                loaded.emplace_back(file.lines[i].View());
+            ASSERT_EQ(loaded, expected) << "round " << round << ", pieces of " << piece;
+        }
     }
 }
