@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Start-up of EditKel.exe to its configuration picker beside a minimal dialog
+# program, under the project's Wine harness: a prefix of its own in the bench
+# build (<bench-build>/startup-wine), a virtual display (Xvfb) and one wine
+# server for all starts. Prints the medians, their ratio and a summary row.
+#   bench/startup/run-startup.sh <windows-build-dir> <bench-build-dir> [runs]
+# The Windows build must hold bin/EditKel.exe and bin/diction.ary; the bench
+# build makes MinimalDialog.exe and StartupBench.exe (bench/startup.cmake).
+set -euo pipefail
+root=$(cd "$(dirname "$0")/../.." && pwd)
+windows=$(cd "$1" 2>/dev/null && pwd || echo "$1")
+bench=$(cd "$2" && pwd)
+runs=${3:-9}
+what="start-up under Wine: EditKel to the picker / a minimal dialog program"
+
+editor="$windows/bin/EditKel.exe"
+programs="$bench/bench/startup"
+if [ ! -f "$editor" ] || [ ! -f "$programs/StartupBench.exe" ]; then
+    echo "start-up benchmark: needs $editor and $programs/StartupBench.exe" >&2
+    echo "SUMMARY|$what|not measured|1.10|x"
+    exit 0
+fi
+
+harness="$root/cmake/wine-harness.sh"
+dir="$bench/startup-wine"
+winpath() { echo "Z:${1//\//\\}"; }
+
+# A display of its own, whatever the caller's is: the same for every run.
+unset DISPLAY
+"$harness" start "$dir" >/dev/null
+trap '"$harness" stop "$dir" >/dev/null' EXIT
+# The demo configuration, fresh for every run (the picker only looks at it).
+rm -rf "$dir/demo"
+cp -r "$root/samples/Demo" "$dir/demo"
+
+"$harness" run "$dir" "$programs/StartupBench.exe" "$(winpath "$editor")" \
+    "$(winpath "$programs/MinimalDialog.exe")" "$(winpath "$dir/demo")" "$runs" 2>&1 |
+    tr -d '\r'
