@@ -231,7 +231,8 @@ struct Bindings
                                        text, u""));
             }
         }
-        file.Add(new iniEquBlock(sample.sections.back().c_str(), &names, &values, u"", u""));
+        // The block in the first section: its items go in near the top of the file.
+        file.Add(new iniEquBlock(sample.sections.front().c_str(), &names, &values, u"", u""));
     }
 
     // The block's items for the writes that insert many lines.
