@@ -96,6 +96,8 @@ struct iniLines::Segment
     // Key lines by their folded key: the first one of each key in the segment.
     Table keys;
     bool keysBuilt = false;
+    // Searches made by a plain scan, before the table pays for its making.
+    uint32_t scans = 0;
 };
 
 // ---------------------------------------------------------------------------
@@ -622,18 +624,25 @@ const iniLine* iniLines::FindKey(const iniLine* header, std::u16string_view key)
         std::u16string_view lineKey;
         return KeyOf(line.View(), lineKey) && SameFolded(lineKey, key);
     };
-    if (!header->IsBoundary())
+    auto scan = [header, &same]() -> const iniLine*
     {
-        // Not a line that begins with "[": no index for it, scan.
         for (const iniLine* line = header->next; line && !line->IsBoundary(); line = line->next)
             if (same(*line))
                 return line;
         return nullptr;
-    }
+    };
+    if (!header->IsBoundary())
+        return scan(); // not a line that begins with "[": no index for it
     if (!indexed)
         BuildIndex();
     Segment& segment = *SegmentOf(header);
     if (!segment.keysBuilt)
+    {
+        // A section searched once or twice is scanned; one searched more
+        // often gets its table (which then costs one lookup per search).
+        if (++segment.scans < 3)
+            return scan();
         BuildKeys(segment);
+    }
     return Find(segment.keys, HashFolded(key), same);
 }

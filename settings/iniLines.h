@@ -29,7 +29,8 @@ class iniLine;
 // The searches answer what a scan from the top would find (the first matching
 // header; the first matching key line between that header and the next line
 // that begins with "["), but through an index: the headers are found by hash,
-// and each section's keys are hashed the first time the section is searched.
+// and a section's keys are hashed once the section has been searched a few
+// times (until then it is scanned).
 // Every edit keeps the index right. The edits that settings entries make (a
 // line inserted directly after its header or after another inserted line, a
 // key line rewritten with the same key, a section's body removed, a new
