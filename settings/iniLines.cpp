@@ -617,12 +617,15 @@ const iniLine* iniLines::FindSection(std::u16string_view section) const
 
 const iniLine* iniLines::FindKey(const iniLine* header, std::u16string_view key) const
 {
-    if (!header)
+    // A line's key is the text before its first "=", which holds no "=": a
+    // key with one matches no line. Otherwise a line matches when the "="
+    // stands right after the key's length and the text before it is the key.
+    if (!header || key.find(u'=') != std::u16string_view::npos)
         return nullptr;
     auto same = [key](const iniLine& line)
     {
-        std::u16string_view lineKey;
-        return KeyOf(line.View(), lineKey) && SameFolded(lineKey, key);
+        return line.Length() > int32_t(key.size()) && line.c_str()[key.size()] == u'=' &&
+               SameFolded(line.View().substr(0, key.size()), key);
     };
     auto scan = [header, &same]() -> const iniLine*
     {
