@@ -176,6 +176,7 @@ BENCHMARK(BM_TextByReference);
 
 int main(int argc, char** argv)
 {
+    HeapCounter::KeepFreedMemory();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

@@ -443,6 +443,7 @@ private:
 
 int main(int argc, char** argv)
 {
+    HeapCounter::KeepFreedMemory();
     MakeSamples();
     for (const auto& sample : samples)
         MeasureMemory(*sample);

@@ -125,4 +125,10 @@ void Stop()
 {
     counting = false;
 }
+
+void KeepFreedMemory()
+{
+    mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 1024 * 1024 * 1024);
+}
 } // namespace HeapCounter

@@ -17,4 +17,10 @@ int64_t Live();
 int64_t Peak();
 // Ends the count.
 void Stop();
+
+// Keeps freed memory in the process rather than giving it back to the system
+// at once, and takes blocks up to 32 MB from the heap: without it, whether a
+// benchmark pays for fresh pages depends on what ran before it in the same
+// process, and ratios jump between runs. Call once at the start.
+void KeepFreedMemory();
 } // namespace HeapCounter
