@@ -7,30 +7,15 @@ namespace
 {
 FileSystem* installed = nullptr;
 
-// A file's bytes read at once, handed out in pieces.
-class MemoryReader final : public FileReader
-{
-public:
-    explicit MemoryReader(std::string content) : bytes(std::move(content)) {}
-    uint64_t Size() const override { return bytes.size(); }
-    size_t Read(void* into, size_t size) override
-    {
-        const size_t count = std::min(size, bytes.size() - at);
-        std::memcpy(into, bytes.data() + at, count);
-        at += count;
-        return count;
-    }
-    bool Rewind() override
-    {
-        at = 0;
-        return true;
-    }
-
-private:
-    std::string bytes;
-    size_t at = 0;
-};
 } // namespace
+
+size_t MemoryReader::Read(void* into, size_t size)
+{
+    const size_t count = std::min({size, piece, bytes.size() - at});
+    std::memcpy(into, bytes.data() + at, count);
+    at += count;
+    return count;
+}
 
 std::unique_ptr<FileReader> FileSystem::OpenReader(const KelText& path)
 {

@@ -23,6 +23,29 @@ public:
     virtual bool Rewind() = 0;
 };
 
+// Bytes held in memory, handed out as a file: at most `piece` bytes a read
+// (tests and fuzzers use small pieces to try every split of a file).
+class MemoryReader final : public FileReader
+{
+public:
+    explicit MemoryReader(std::string content, size_t piece = SIZE_MAX)
+        : bytes(std::move(content)), piece(piece == 0 ? 1 : piece)
+    {
+    }
+    uint64_t Size() const override { return bytes.size(); }
+    size_t Read(void* into, size_t size) override;
+    bool Rewind() override
+    {
+        at = 0;
+        return true;
+    }
+
+private:
+    std::string bytes;
+    size_t piece;
+    size_t at = 0;
+};
+
 // The file operations that the portable layers need. Each platform provides
 // one implementation; tests may install their own (for example to make a
 // write fail part-way).

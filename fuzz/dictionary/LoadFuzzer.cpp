@@ -42,38 +42,12 @@ public:
         std::string bytes;
         if (!ReadBytes(path, bytes))
             return nullptr;
-        return std::make_unique<PieceReader>(std::move(bytes), piece);
+        return std::make_unique<MemoryReader>(std::move(bytes), piece);
     }
 
     std::string input;
     std::string output;
     size_t piece = 1;
-
-private:
-    // Hands out at most `piece` bytes per read.
-    class PieceReader final : public FileReader
-    {
-    public:
-        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
-        uint64_t Size() const override { return bytes.size(); }
-        size_t Read(void* into, size_t size) override
-        {
-            const size_t count = std::min({size, piece, bytes.size() - at});
-            std::memcpy(into, bytes.data() + at, count);
-            at += count;
-            return count;
-        }
-        bool Rewind() override
-        {
-            at = 0;
-            return true;
-        }
-
-    private:
-        std::string bytes;
-        size_t piece;
-        size_t at = 0;
-    };
 };
 
 class CountingServices final : public AppServices

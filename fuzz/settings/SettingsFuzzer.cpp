@@ -47,37 +47,12 @@ public:
         std::string bytes;
         if (!ReadBytes(path, bytes))
             return nullptr;
-        return std::make_unique<PieceReader>(std::move(bytes), piece);
+        return std::make_unique<MemoryReader>(std::move(bytes), piece);
     }
 
     std::map<std::u16string, std::string> files;
     bool failNextWrite = false;
     size_t piece = SIZE_MAX;
-
-private:
-    class PieceReader final : public FileReader
-    {
-    public:
-        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
-        uint64_t Size() const override { return bytes.size(); }
-        size_t Read(void* into, size_t size) override
-        {
-            const size_t count = std::min({size, piece, bytes.size() - at});
-            std::memcpy(into, bytes.data() + at, count);
-            at += count;
-            return count;
-        }
-        bool Rewind() override
-        {
-            at = 0;
-            return true;
-        }
-
-    private:
-        std::string bytes;
-        size_t piece;
-        size_t at = 0;
-    };
 };
 
 #define Check(condition) CheckThat(condition, #condition)

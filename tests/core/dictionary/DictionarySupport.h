@@ -40,37 +40,13 @@ public:
         const auto found = files.find(std::u16string(path.View()));
         if (found == files.end())
             return nullptr;
-        return std::make_unique<PieceReader>(found->second, piece);
+        return std::make_unique<MemoryReader>(found->second, piece);
     }
 
     std::map<std::u16string, std::string> files;
     size_t piece = 7;
 
 private:
-    class PieceReader final : public FileReader
-    {
-    public:
-        PieceReader(std::string content, size_t most) : bytes(std::move(content)), piece(most) {}
-        uint64_t Size() const override { return bytes.size(); }
-        size_t Read(void* into, size_t size) override
-        {
-            const size_t count = std::min({size, piece, bytes.size() - at});
-            std::memcpy(into, bytes.data() + at, count);
-            at += count;
-            return count;
-        }
-        bool Rewind() override
-        {
-            at = 0;
-            return true;
-        }
-
-    private:
-        std::string bytes;
-        size_t piece;
-        size_t at = 0;
-    };
-
     FileSystem* previous;
 };
 
