@@ -1,26 +1,40 @@
-# Start-up under Wine: MinimalDialog.exe (a program that shows one dialog)
-# and StartupBench.exe, which times EditKel.exe to its first window beside it.
-# Both are Windows programs, built here with MinGW-w64 when it is installed;
+# Start-up under Wine: MinimalDialog.exe (a program that shows one dialog),
+# EditKelLibraries.exe (the same dialog with EditKel's manifest, after the
+# library calls that EditKel's start-up makes) and StartupBench.exe, which
+# times EditKel.exe to its first window beside them. All are Windows
+# programs, built here with MinGW-w64 when it is installed;
 # bench/startup/run-startup.sh runs them in a Wine prefix of the harness.
 find_program(KEL_MINGW_CXX NAMES x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-g++)
-if(KEL_MINGW_CXX)
+find_program(KEL_MINGW_WINDRES NAMES x86_64-w64-mingw32-windres)
+if(KEL_MINGW_CXX AND KEL_MINGW_WINDRES)
     set(startup_dir ${CMAKE_CURRENT_BINARY_DIR}/startup)
+    set(startup_source ${CMAKE_CURRENT_LIST_DIR}/startup)
     set(startup_flags -std=c++20 -O2 -Wall -Wextra -Werror -municode -static
                       -DUNICODE -D_UNICODE -I${PROJECT_SOURCE_DIR})
+    set(manifest ${PROJECT_SOURCE_DIR}/framework/res/Framework.manifest)
+    file(WRITE ${startup_dir}/Manifest.rc "1 24 \"${manifest}\"\n")
+    add_custom_command(
+        OUTPUT ${startup_dir}/Manifest.o
+        COMMAND ${KEL_MINGW_WINDRES} ${startup_dir}/Manifest.rc -O coff -o ${startup_dir}/Manifest.o
+        DEPENDS ${manifest}
+        VERBATIM)
+
     set(startup_programs)
-    foreach(program MinimalDialog StartupBench)
-        set(subsystem)
-        if(program STREQUAL "MinimalDialog")
-            set(subsystem -mwindows)
-        endif()
+    # startup_program(<name> <source> [compiler arguments...])
+    function(startup_program program source)
         add_custom_command(
             OUTPUT ${startup_dir}/${program}.exe
             COMMAND ${CMAKE_COMMAND} -E make_directory ${startup_dir}
-            COMMAND ${KEL_MINGW_CXX} ${startup_flags} ${subsystem} -o ${startup_dir}/${program}.exe
-                    ${CMAKE_CURRENT_LIST_DIR}/startup/${program}.cpp
-            DEPENDS ${CMAKE_CURRENT_LIST_DIR}/startup/${program}.cpp ${PROJECT_SOURCE_DIR}/app/Version.h
+            COMMAND ${KEL_MINGW_CXX} ${startup_flags} -o ${startup_dir}/${program}.exe
+                    ${startup_source}/${source} ${ARGN}
+            DEPENDS ${startup_source}/${source} ${startup_dir}/Manifest.o
+                    ${PROJECT_SOURCE_DIR}/app/Version.h
             VERBATIM)
-        list(APPEND startup_programs ${startup_dir}/${program}.exe)
-    endforeach()
+        set(startup_programs ${startup_programs} ${startup_dir}/${program}.exe PARENT_SCOPE)
+    endfunction()
+    startup_program(MinimalDialog MinimalDialog.cpp -mwindows)
+    startup_program(EditKelLibraries MinimalDialog.cpp -mwindows -DKEL_EDITKEL_LIBRARIES
+                    ${startup_dir}/Manifest.o -lcomctl32 -lole32 -lshell32 -luxtheme)
+    startup_program(StartupBench StartupBench.cpp)
     add_custom_target(startup_programs ALL DEPENDS ${startup_programs})
 endif()

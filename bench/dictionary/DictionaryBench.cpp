@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -120,6 +121,92 @@ void Load(benchmark::State& state, const std::string& path, const char16_t* lang
     state.counters["peak_x_file"] = PeakPerFileByte(path, language);
 }
 
+// The least that loading one language must do beyond reading the bytes, on
+// the file's bytes in memory: follow every text of every entry by its count
+// and check each one's units (Archive::IsWideText, the check every load
+// makes), trusting all sizes and keeping nothing. Read plus this is the
+// floor of a one-language load that keeps its checks.
+uint32_t U32(const char* at)
+{
+    uint32_t value;
+    std::memcpy(&value, at, 4);
+    return value;
+}
+
+bool FollowTexts(const std::string& bytes)
+{
+    bool good = true;
+    const char* at = bytes.data() + Archive::HeaderSize;
+    auto text = [&](const char*& place)
+    {
+        const uint32_t count = U32(place);
+        good &= count == 0 || Archive::IsWideText(place + 4, count);
+        place += 4 + size_t(count) * 2;
+    };
+    for (uint32_t names = U32(at), i = (at += 4, 0); i < names; ++i)
+        text(at);
+    at += 4; // block boundary
+    const uint32_t entries = U32(at);
+    at += 4;
+    for (uint32_t i = 0; i < entries; ++i)
+    {
+        const char* field = at + Archive::RecordHeaderSize;
+        at = field + U32(at + 4);
+        for (int own = 0; own < 3; ++own) // default text, note, extra
+            text(field);
+        field += 4 + 4 + 4 + 8 + 4 + 4; // boundary, number, category, data, attributes, boundary
+        for (uint32_t texts = U32(field), t = (field += 4, 0); t < texts; ++t)
+            text(field);
+    }
+    return good;
+}
+
+void BM_FollowTexts(benchmark::State& state)
+{
+    std::string bytes;
+    if (std::FILE* file = std::fopen(DictionaryFile().c_str(), "rb"))
+    {
+        bytes.resize(FileSize(DictionaryFile()));
+        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+        std::fclose(file);
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(FollowTexts(bytes));
+    if (!FollowTexts(bytes))
+        state.SkipWithError("a text did not check");
+}
+BENCHMARK(BM_FollowTexts)->Unit(benchmark::kMicrosecond);
+
+// The least that the editing load must do beyond reading the bytes: make the
+// objects it keeps (an entry per number, each text in a string of its own),
+// here by copying them from a dictionary already loaded, reading nothing.
+void BM_MakeEditingObjects(benchmark::State& state)
+{
+    TextHolder loaded;
+    loaded.Load(KelText::FromUtf8(DictionaryFile()), KelText(u"all"), false);
+    PointerList<TextEntry> made;
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        made.Clear();
+        state.ResumeTiming();
+        made.Reserve(loaded.EntryCount());
+        for (int32_t i = 0; i < loaded.EntryCount(); ++i)
+        {
+            const TextEntry& from = *loaded.Entry(i);
+            TextEntry* entry = new TextEntry(from.Number());
+            entry->DefaultText() = from.DefaultText();
+            entry->EnsureTexts(from.TextCount());
+            for (int32_t language = 0; language < from.TextCount(); ++language)
+                entry->SetText(language, from.Text(language));
+            made.Add(entry);
+        }
+    }
+    if (made.Count() != textCount)
+        state.SkipWithError("the dictionary did not load");
+}
+BENCHMARK(BM_MakeEditingObjects)->Unit(benchmark::kMicrosecond);
+
 void BM_ReadFileBytes(benchmark::State& state)
 {
     ReadBytes(state, DictionaryFile());
@@ -193,17 +280,27 @@ int main(int argc, char** argv)
     const double all = ratio("BM_LoadForEditing", read);
     const double shipped =
         ratio("BM_LoadShippedOneLanguage", reporter.Seconds("BM_ReadShippedBytes"));
+    const double follow = reporter.Seconds("BM_FollowTexts");
+    const double floor = follow < 0 || read <= 0 ? -1 : (read + follow) / read;
+    const double make = reporter.Seconds("BM_MakeEditingObjects");
+    const double editingFloor = make < 0 || read <= 0 ? -1 : (read + make) / read;
     const double lookup = reporter.Seconds("BM_TextByNumber");
     std::printf("\nSummary: CPU time of a load / reading the file's bytes into fresh memory\n"
                 "  20,000 texts (%zu bytes): one language %.2fx, all languages %.2fx\n"
                 "  shipped dictionary (%zu bytes): one language %.2fx\n"
+                "  floor of a one-language load (read, then follow and check every text): %.2fx\n"
+                "  floor of the editing load (read, then make the objects it keeps): %.2fx\n"
                 "Peak heap of a load / file size: one language %.2fx, all languages %.2fx\n\n",
-                FileSize(DictionaryFile()), one, all, FileSize(shippedFile), shipped,
-                PeakPerFileByte(DictionaryFile(), u"Deutsch"),
+                FileSize(DictionaryFile()), one, all, FileSize(shippedFile), shipped, floor,
+                editingFloor, PeakPerFileByte(DictionaryFile(), u"Deutsch"),
                 PeakPerFileByte(DictionaryFile(), u"all"));
     SummaryRow("dictionary: load one language, 20k texts / reading the file's bytes", one, 2.0,
                "x");
+    SummaryRow("  its floor: read, then follow and check every text, keeping nothing", floor, 2.0,
+               "x");
     SummaryRow("dictionary: load all languages, 20k texts / reading the file's bytes", all, 3.0,
+               "x");
+    SummaryRow("  its floor: read, then make the objects the editing load keeps", editingFloor, 3.0,
                "x");
     SummaryRow("dictionary: peak heap of a one-language load / file size",
                PeakPerFileByte(DictionaryFile(), u"Deutsch"), 1.2, "x");

@@ -1,7 +1,20 @@
 // The least a Win32 program does to show a dialog: one modal dialog from a
 // template held in memory, titled "Minimal Dialog", with an OK button. The
 // start-up benchmark sets EditKel.exe's way to its first window beside this.
+//
+// Built with KEL_EDITKEL_LIBRARIES (and EditKel's manifest, which asks for
+// common controls 6) the same dialog first makes the library calls that
+// EditKel's start-up makes before any work of its own: common controls and
+// COM initialised, the shell's settings and a known folder asked for, the
+// optional drawing and rich-edit libraries loaded, themes looked at. That
+// program shows what the platform charges any program set up like EditKel.
 #include <windows.h>
+#if defined(KEL_EDITKEL_LIBRARIES)
+#include <commctrl.h>
+#include <initializer_list>
+#include <shlobj.h>
+#include <uxtheme.h>
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -28,10 +41,29 @@ void Put(std::uint16_t*& at, const wchar_t* text)
     std::memcpy(at, text, length * sizeof(wchar_t));
     at += length;
 }
+
+#if defined(KEL_EDITKEL_LIBRARIES)
+void UseEditKelLibraries()
+{
+    INITCOMMONCONTROLSEX controls = {sizeof controls, 0x45FF};
+    InitCommonControlsEx(&controls);
+    CoInitialize(nullptr);
+    SHELLFLAGSTATE state = {};
+    SHGetSettings(&state, SSF_DOUBLECLICKINWEBVIEW | SSF_WIN95CLASSIC);
+    for (const wchar_t* library : {L"msimg32.dll", L"Riched20.dll"})
+        LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    IsAppThemed();
+    wchar_t folder[MAX_PATH];
+    SHGetFolderPathW(nullptr, CSIDL_COMMON_DOCUMENTS, nullptr, SHGFP_TYPE_CURRENT, folder);
+}
+#endif
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int)
 {
+#if defined(KEL_EDITKEL_LIBRARIES)
+    UseEditKelLibraries();
+#endif
     alignas(4) std::uint16_t buffer[256] = {};
     auto* dialog = reinterpret_cast<DLGTEMPLATE*>(buffer);
     dialog->style = DS_MODALFRAME | DS_SETFONT | DS_CENTER | WS_POPUP | WS_CAPTION | WS_SYSMENU;

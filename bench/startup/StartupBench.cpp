@@ -1,11 +1,15 @@
 // Start-up under Wine: how long EditKel.exe takes from its start to its first
 // visible window (the configuration picker, "Select Configuration - Plotwise")
-// beside a minimal program that shows one dialog ("Minimal Dialog"). Both run
-// in the same prefix with the same wine server, started alternately (in the
-// order A B B A, so that a drift of the machine touches both alike) after one
-// warm-up start each; each program is ended as soon as its window shows.
+// beside a minimal program that shows one dialog ("Minimal Dialog"), and,
+// when given, beside the same dialog built with EditKel's manifest after the
+// library calls of EditKel's start-up (what the platform charges before any
+// work of EditKel's own). All run in the same prefix with the same wine
+// server, started in turn (the order turning one place each run, so that a
+// drift of the machine touches all alike) after one warm-up start each; each
+// program is ended as soon as its window shows.
 //
 //   StartupBench.exe <EditKel.exe> <MinimalDialog.exe> <demo configuration folder> [runs]
+//                    [EditKelLibraries.exe]
 //
 // The demo folder is registered first as the configuration "Demo" of
 // Plotwise for the current user, as the picker needs one to show.
@@ -119,7 +123,7 @@ int wmain(int count, wchar_t** arguments)
     if (count < 4)
     {
         std::fprintf(stderr, "usage: StartupBench <EditKel.exe> <MinimalDialog.exe> <demo folder> "
-                             "[runs]\n");
+                             "[runs] [EditKelLibraries.exe]\n");
         return 2;
     }
     const int runs = count > 4 ? std::max(1, _wtoi(arguments[4])) : 9;
@@ -128,46 +132,61 @@ int wmain(int count, wchar_t** arguments)
         std::fprintf(stderr, "cannot register the demo configuration\n");
         return 1;
     }
-    Program editor{arguments[1], L"-app=Plotwise", L"Select Configuration - Plotwise", {}};
-    Program minimal{arguments[2], L"", L"Minimal Dialog", {}};
+    std::vector<Program> programs = {
+        {arguments[1], L"-app=Plotwise", L"Select Configuration - Plotwise", {}},
+        {arguments[2], L"", L"Minimal Dialog", {}}};
+    if (count > 5)
+        programs.push_back({arguments[5], L"", L"Minimal Dialog", {}});
+    const Program& editor = programs[0];
+    const Program& minimal = programs[1];
 
     // One start each to warm up (the first start of a prefix loads much from disk).
-    if (TimeStart(editor) < 0 || TimeStart(minimal) < 0)
-    {
-        std::fprintf(stderr, "a program did not show its window\n");
-        return 1;
-    }
-    for (int run = 0; run < runs; ++run)
-    {
-        Program* order[2] = {&editor, &minimal};
-        if (run % 2)
-            std::swap(order[0], order[1]);
-        for (Program* program : order)
+    for (Program& program : programs)
+        if (TimeStart(program) < 0)
         {
-            const double took = TimeStart(*program);
+            std::fprintf(stderr, "%ls did not show its window\n", program.path.c_str());
+            return 1;
+        }
+    for (int run = 0; run < runs; ++run)
+        for (size_t turn = 0; turn < programs.size(); ++turn)
+        {
+            Program& program = programs[(turn + size_t(run)) % programs.size()];
+            const double took = TimeStart(program);
             if (took < 0)
             {
-                std::fprintf(stderr, "a program did not show its window\n");
+                std::fprintf(stderr, "%ls did not show its window\n", program.path.c_str());
                 return 1;
             }
-            program->milliseconds.push_back(took);
+            program.milliseconds.push_back(took);
         }
-    }
 
     std::printf("Start to first visible window under Wine, milliseconds (%d runs each):\n", runs);
-    for (const Program* program : {&editor, &minimal})
+    const wchar_t* names[] = {L"EditKel (the picker)", L"minimal dialog",
+                              L"minimal dialog, EditKel's libraries"};
+    for (size_t i = 0; i < programs.size(); ++i)
     {
-        std::printf("  %-32ls median %7.1f  runs", program->title.c_str(),
-                    Median(program->milliseconds));
-        for (double took : program->milliseconds)
+        std::printf("  %-36ls median %7.1f  runs", names[i], Median(programs[i].milliseconds));
+        for (double took : programs[i].milliseconds)
             std::printf(" %.0f", took);
         std::printf("\n");
     }
     const double ratio = Median(editor.milliseconds) / Median(minimal.milliseconds);
-    std::printf("  EditKel / minimal dialog: %.2fx\n\n", ratio);
-    std::printf("SUMMARY|start-up under Wine: EditKel to the picker / a minimal dialog program "
+    std::printf("  EditKel / minimal dialog: %.2fx\n", ratio);
+    double floor = -1;
+    if (programs.size() > 2)
+    {
+        floor = Median(programs[2].milliseconds) / Median(minimal.milliseconds);
+        std::printf("  minimal dialog with EditKel's libraries / minimal dialog: %.2fx\n"
+                    "  EditKel / minimal dialog with EditKel's libraries: %.2fx\n",
+                    floor, Median(editor.milliseconds) / Median(programs[2].milliseconds));
+    }
+    std::printf("\nSUMMARY|start-up under Wine: EditKel to the picker / a minimal dialog program "
                 "(medians of %d)|%.2f|%.2f|x\n",
                 runs, ratio, 1.10);
+    if (floor > 0)
+        std::printf("SUMMARY|  the same minimal dialog with EditKel's manifest and library calls "
+                    "(no EditKel work) / minimal dialog|%.2f|%.2f|x\n",
+                    floor, 1.10);
     std::fflush(stdout);
     return 0;
 }

@@ -5,7 +5,8 @@
 # server for all starts. Prints the medians, their ratio and a summary row.
 #   bench/startup/run-startup.sh <windows-build-dir> <bench-build-dir> [runs]
 # The Windows build must hold bin/EditKel.exe and bin/diction.ary; the bench
-# build makes MinimalDialog.exe and StartupBench.exe (bench/startup.cmake).
+# build makes MinimalDialog.exe, EditKelLibraries.exe and StartupBench.exe
+# (bench/startup.cmake).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 windows=$(cd "$1" 2>/dev/null && pwd || echo "$1")
@@ -34,5 +35,6 @@ rm -rf "$dir/demo"
 cp -r "$root/samples/Demo" "$dir/demo"
 
 "$harness" run "$dir" "$programs/StartupBench.exe" "$(winpath "$editor")" \
-    "$(winpath "$programs/MinimalDialog.exe")" "$(winpath "$dir/demo")" "$runs" 2>&1 |
+    "$(winpath "$programs/MinimalDialog.exe")" "$(winpath "$dir/demo")" "$runs" \
+    "$(winpath "$programs/EditKelLibraries.exe")" 2>&1 |
     tr -d '\r'
