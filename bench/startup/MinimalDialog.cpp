@@ -43,7 +43,7 @@ void Put(std::uint16_t*& at, const wchar_t* text)
 }
 
 #if defined(KEL_EDITKEL_LIBRARIES)
-void UseEditKelLibraries()
+void MakeEditKelLibraryCalls()
 {
     INITCOMMONCONTROLSEX controls = {sizeof controls, 0x45FF};
     InitCommonControlsEx(&controls);
@@ -62,7 +62,7 @@ void UseEditKelLibraries()
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int)
 {
 #if defined(KEL_EDITKEL_LIBRARIES)
-    UseEditKelLibraries();
+    MakeEditKelLibraryCalls();
 #endif
     alignas(4) std::uint16_t buffer[256] = {};
     auto* dialog = reinterpret_cast<DLGTEMPLATE*>(buffer);
