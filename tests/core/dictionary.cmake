@@ -2,12 +2,8 @@
 kel_add_test(core_dictionary
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/dictionary/TextHolderTest.cpp
             ${CMAKE_CURRENT_LIST_DIR}/dictionary/DamagedFileTest.cpp
-            ${CMAKE_CURRENT_LIST_DIR}/dictionary/ShippedDictionaryTest.cpp
             ${CMAKE_CURRENT_LIST_DIR}/dictionary/ArchiveReadingTest.cpp
     LIBS keltext)
-target_compile_definitions(core_dictionary PRIVATE
-    KEL_DICTIONARY_FILE="${CMAKE_BINARY_DIR}/bin/diction.ary")
-add_dependencies(core_dictionary dictionary)
 
 # The language sources: complete in every language, and a build/dump round trip
 # that gives back lang/*.txt byte for byte. dictool runs under the emulator

@@ -4,7 +4,3 @@ kel_add_test(core_text
             ${CMAKE_CURRENT_LIST_DIR}/text/EncodingTest.cpp
             ${CMAKE_CURRENT_LIST_DIR}/text/FormatTest.cpp
     LIBS keltext)
-if(WIN32)
-    # The formatter against the Windows C runtime, where their meanings agree.
-    target_sources(core_text PRIVATE ${CMAKE_CURRENT_LIST_DIR}/text/FormatCrtTest.cpp)
-endif()

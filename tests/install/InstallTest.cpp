@@ -9,9 +9,9 @@
 #include <shobjidl.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <set>
+#include <sstream>
 
 using namespace EditKelSession;
 using namespace std::chrono_literals;
@@ -26,17 +26,6 @@ const std::wstring MachineBranch = L"Software\\Orvantix\\" + Release;
 const std::wstring UninstallKey = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 const std::wstring NewCode = Wide(KEL_PRODUCT_CODE);
 const std::wstring OldCode = Wide(KEL_OLD_PRODUCT_CODE);
-
-std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator)
-{
-    std::vector<std::wstring> parts;
-    size_t start = 0;
-    for (size_t end; (end = text.find(separator, start)) != std::wstring_view::npos;
-         start = end + 1)
-        parts.emplace_back(text.substr(start, end - start));
-    parts.emplace_back(text.substr(start));
-    return parts;
-}
 
 bool UnderWine()
 {
@@ -75,30 +64,12 @@ std::wstring FolderKey(std::wstring path)
 
 std::optional<std::wstring> MachineString(const std::wstring& key, const wchar_t* name)
 {
-    wchar_t buffer[4096] = {};
-    DWORD size = sizeof buffer;
-    if (RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer,
-                     &size) != ERROR_SUCCESS)
-        return std::nullopt;
-    return std::wstring(buffer);
-}
-
-long long MachineDword(const std::wstring& key, const wchar_t* name)
-{
-    DWORD value = 0, size = sizeof value;
-    if (RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, RRF_RT_REG_DWORD, nullptr, &value,
-                     &size) != ERROR_SUCCESS)
-        return -1;
-    return value;
+    return GetString(HKEY_LOCAL_MACHINE, key, name);
 }
 
 bool MachineKeyExists(const std::wstring& key)
 {
-    HKEY opened = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(opened);
-    return true;
+    return KeyExists(HKEY_LOCAL_MACHINE, key);
 }
 
 struct Shortcut
@@ -108,59 +79,47 @@ struct Shortcut
 
 Shortcut ReadShortcut(const fs::path& file)
 {
-    Shortcut read;
     const HRESULT com = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     IShellLinkW* link = nullptr;
+    IPersistFile* persist = nullptr;
+    wchar_t target[1024] = {}, arguments[1024] = {}, folder[1024] = {};
     if (SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
-                                   reinterpret_cast<void**>(&link))))
+                                   reinterpret_cast<void**>(&link))) &&
+        SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&persist))) &&
+        SUCCEEDED(persist->Load(file.c_str(), STGM_READ)))
     {
-        IPersistFile* persist = nullptr;
-        if (SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&persist))))
-        {
-            if (SUCCEEDED(persist->Load(file.c_str(), STGM_READ)))
-            {
-                wchar_t text[1024] = {};
-                if (SUCCEEDED(link->GetPath(text, 1024, nullptr, 0)))
-                    read.target = text;
-                if (SUCCEEDED(link->GetArguments(text, 1024)))
-                    read.arguments = text;
-                if (SUCCEEDED(link->GetWorkingDirectory(text, 1024)))
-                    read.workingFolder = text;
-            }
-            persist->Release();
-        }
-        link->Release();
+        link->GetPath(target, 1024, nullptr, 0);
+        link->GetArguments(arguments, 1024);
+        link->GetWorkingDirectory(folder, 1024);
     }
+    if (persist)
+        persist->Release();
+    if (link)
+        link->Release();
     if (SUCCEEDED(com))
         CoUninitialize();
-    return read;
+    return {target, arguments, folder};
 }
 
 // --- msiexec -------------------------------------------------------------------------
-struct MsiexecRun
+// Runs msiexec silently and answers its exit code; `log` receives its verbose
+// log as plain 8-bit text.
+DWORD Msiexec(const std::wstring& arguments, std::string* log = nullptr)
 {
-    DWORD exitCode = 0;
-    std::string log; // the verbose log, as plain 8-bit text
-};
-
-MsiexecRun Msiexec(const std::wstring& arguments)
-{
-    const fs::path log = fs::temp_directory_path() / L"kel-msiexec.log";
+    const fs::path file = fs::temp_directory_path() / L"kel-msiexec.log";
     std::error_code ignored;
-    fs::remove(log, ignored);
-    MsiexecRun run;
+    fs::remove(file, ignored);
     TargetProcess msiexec =
-        TargetProcess::Start(L"msiexec.exe", arguments + L" /qn /l*v \"" + log.wstring() + L"\"");
-    run.exitCode = msiexec.WaitForExit(180s);
-    std::ifstream in(log, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        TargetProcess::Start(L"msiexec.exe", arguments + L" /qn /l*v \"" + file.wstring() + L"\"");
+    const DWORD exitCode = msiexec.WaitForExit(180s);
+    std::string bytes = FileBytes(file);
     // A log in UTF-16 keeps its ASCII letters in every other byte.
-    if (bytes.size() >= 2 && uint8_t(bytes[0]) == 0xFF && uint8_t(bytes[1]) == 0xFE)
+    if (log && bytes.compare(0, 2, "\xFF\xFE") == 0)
         for (size_t at = 2; at < bytes.size(); at += 2)
-            run.log += bytes[at];
-    else
-        run.log = std::move(bytes);
-    return run;
+            *log += bytes[at];
+    else if (log)
+        *log = std::move(bytes);
+    return exitCode;
 }
 
 std::wstring Quoted(const fs::path& path)
@@ -173,9 +132,11 @@ const fs::path OldMsi = WindowsPath(KEL_OLD_MSI);
 
 DWORD Install(const fs::path& msi, const std::wstring& extra = {})
 {
-    const MsiexecRun run = Msiexec(L"/i " + Quoted(msi) + (extra.empty() ? L"" : L" " + extra));
-    EXPECT_EQ(run.exitCode, 0u) << Utf8(msi.wstring()) << "\n" << run.log;
-    return run.exitCode;
+    std::string log;
+    const DWORD exitCode =
+        Msiexec(L"/i " + Quoted(msi) + (extra.empty() ? L"" : L" " + extra), &log);
+    EXPECT_EQ(exitCode, 0u) << Utf8(msi.wstring()) << "\n" << log;
+    return exitCode;
 }
 
 class Installer : public Scenario
@@ -188,9 +149,14 @@ protected:
         ASSERT_FALSE(MachineKeyExists(UninstallKey + NewCode));
         ASSERT_FALSE(MachineKeyExists(UninstallKey + OldCode));
     }
+    // Also removes what a test put beside the installed files or into a
+    // folder of its own.
     void TearDown() override
     {
         RemoveBoth();
+        std::error_code ignored;
+        fs::remove_all(DefaultFolder().parent_path(), ignored);
+        fs::remove_all(fs::temp_directory_path() / L"kel-install", ignored);
         Scenario::TearDown();
     }
 
@@ -209,7 +175,8 @@ protected:
         SCOPED_TRACE(Utf8(folder.wstring()) + " " + version);
         // The shipped files, and nothing else.
         std::set<std::wstring> expected, found;
-        for (const std::wstring& name : Split(Wide(KEL_SHIPPED_NAMES), L'|'))
+        std::wistringstream names(Wide(KEL_SHIPPED_NAMES));
+        for (std::wstring name; std::getline(names, name, L'|');)
             expected.insert(name);
         uintmax_t bytes = 0;
         std::error_code error;
@@ -228,10 +195,9 @@ protected:
             EXPECT_EQ(FolderKey(*path), FolderKey(folder.wstring())) << Utf8(product);
         }
 
-        std::set<std::wstring> shortcuts;
-        for (const fs::directory_entry& entry : fs::directory_iterator(MenuFolder(), error))
-            shortcuts.insert(entry.path().filename().wstring());
-        EXPECT_EQ(shortcuts.size(), Products.size()) << Utf8(MenuFolder().wstring());
+        EXPECT_EQ(std::distance(fs::directory_iterator(MenuFolder(), error), {}),
+                  ptrdiff_t(Products.size()))
+            << Utf8(MenuFolder().wstring());
         for (const std::wstring& product : Products)
         {
             const Shortcut link = ReadShortcut(MenuFolder() / (L"EditKel - " + product + L".lnk"));
@@ -248,7 +214,8 @@ protected:
                   std::wstring::npos);
         EXPECT_EQ(MachineString(entry, L"DisplayIcon"),
                   (folder / L"EditKel.exe").wstring() + L",0");
-        EXPECT_EQ(MachineDword(entry, L"EstimatedSize"), (long long)((bytes + 1023) / 1024));
+        EXPECT_EQ(GetDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize"),
+                  (long long)((bytes + 1023) / 1024));
         EXPECT_NE(MachineString(entry, L"UninstallString").value_or(L"").find(code),
                   std::wstring::npos);
     }
@@ -269,10 +236,14 @@ protected:
     }
 };
 
-TEST_F(Installer, SilentInstallPlacesFilesValuesShortcutsAndUninstallEntry)
+TEST_F(Installer, SilentInstallPlacesFilesValuesShortcutsAndUninstallEntryAndAgainIsHarmless)
 {
-    ASSERT_EQ(Install(NewMsi), 0u);
-    ExpectInstalled(DefaultFolder(), NewCode, KEL_PACKAGE_VERSION);
+    for (int round = 1; round <= 2; ++round)
+    {
+        SCOPED_TRACE("install " + std::to_string(round));
+        ASSERT_EQ(Install(NewMsi), 0u);
+        ExpectInstalled(DefaultFolder(), NewCode, KEL_PACKAGE_VERSION);
+    }
 }
 
 // The editor started from another working directory resolves its program
@@ -282,13 +253,7 @@ TEST_F(Installer, SilentInstallPlacesFilesValuesShortcutsAndUninstallEntry)
 TEST_F(Installer, InstalledEditorFindsItsProgramFolderFromAnotherWorkingDirectory)
 {
     ASSERT_EQ(Install(NewMsi), 0u);
-    const fs::path settings = DefaultFolder() / L"KEL.INI";
-    fs::copy_file(fs::path(WindowsPath(KEL_DEMO_DIR)) / L"KEL.INI", settings);
-    struct RemoveAfterwards
-    {
-        fs::path file;
-        ~RemoveAfterwards() { fs::remove(file); }
-    } cleanup{settings};
+    fs::copy_file(fs::path(WindowsPath(KEL_DEMO_DIR)) / L"KEL.INI", DefaultFolder() / L"KEL.INI");
 
     TargetProcess editor =
         TargetProcess::Start((DefaultFolder() / L"EditKel.exe").wstring(), L"-app=Shopwise",
@@ -307,45 +272,32 @@ TEST_F(Installer, InstalledEditorFindsItsProgramFolderFromAnotherWorkingDirector
     EXPECT_EQ(PromptValue(L"BadCostTables"), 0);
 }
 
-TEST_F(Installer, InstallingTwiceIsHarmless)
-{
-    ASSERT_EQ(Install(NewMsi), 0u);
-    ASSERT_EQ(Install(NewMsi), 0u);
-    ExpectInstalled(DefaultFolder(), NewCode, KEL_PACKAGE_VERSION);
-}
-
-// INSTALLDIR= chooses the folder (a name with blanks), and the uninstall
-// finds the files there again.
-TEST_F(Installer, InstallDirChoosesTheFolderAndUninstallFindsIt)
+// INSTALLDIR= chooses the folder (a name with blanks); a newer version
+// replaces an older one where that one was installed (one entry in Programs
+// and Features, the newer files). The uninstall finds the files there again.
+TEST_F(Installer, InstallDirOrTheOlderVersionChoosesTheFolderAndUninstallFindsIt)
 {
     const fs::path folder = fs::temp_directory_path() / L"kel-install" / L"Config Editor";
-    fs::create_directories(folder.parent_path());
-    ASSERT_EQ(Install(NewMsi, L"INSTALLDIR=" + Quoted(folder)), 0u);
-    ExpectInstalled(folder, NewCode, KEL_PACKAGE_VERSION);
-    EXPECT_FALSE(fs::exists(DefaultFolder()));
+    const std::wstring chosen = L"INSTALLDIR=" + Quoted(folder);
+    for (const bool upgrade : {false, true})
+    {
+        SCOPED_TRACE(upgrade ? "upgrade" : "INSTALLDIR");
+        fs::create_directories(folder.parent_path());
+        if (upgrade)
+        {
+            ASSERT_EQ(Install(OldMsi, chosen), 0u);
+            EXPECT_EQ(MachineString(UninstallKey + OldCode, L"DisplayVersion"),
+                      Wide(KEL_OLD_VERSION));
+        }
+        ASSERT_EQ(Install(NewMsi, upgrade ? L"" : chosen), 0u);
+        EXPECT_FALSE(MachineKeyExists(UninstallKey + OldCode));
+        ExpectInstalled(folder, NewCode, KEL_PACKAGE_VERSION);
+        EXPECT_FALSE(fs::exists(DefaultFolder()));
 
-    EXPECT_EQ(Msiexec(L"/x " + Quoted(NewMsi)).exitCode, 0u);
-    ExpectRemoved(folder);
-    fs::remove_all(folder.parent_path());
-}
-
-// A newer version replaces an older one where that one was installed: one
-// entry in Programs and Features, the newer files.
-TEST_F(Installer, NewerVersionReplacesAnOlderOneInItsFolder)
-{
-    const fs::path folder = fs::temp_directory_path() / L"kel-install" / L"Older";
-    fs::create_directories(folder.parent_path());
-    ASSERT_EQ(Install(OldMsi, L"INSTALLDIR=" + Quoted(folder)), 0u);
-    EXPECT_EQ(MachineString(UninstallKey + OldCode, L"DisplayVersion"), Wide(KEL_OLD_VERSION));
-
-    ASSERT_EQ(Install(NewMsi), 0u);
-    EXPECT_FALSE(MachineKeyExists(UninstallKey + OldCode));
-    ExpectInstalled(folder, NewCode, KEL_PACKAGE_VERSION);
-    EXPECT_FALSE(fs::exists(DefaultFolder()));
-
-    EXPECT_EQ(Msiexec(L"/x " + Quoted(NewMsi)).exitCode, 0u);
-    ExpectRemoved(folder);
-    fs::remove_all(folder.parent_path());
+        EXPECT_EQ(Msiexec(L"/x " + Quoted(NewMsi)), 0u);
+        ExpectRemoved(folder);
+        fs::remove_all(folder.parent_path());
+    }
 }
 
 // With the basic interface (/qb) the refusal shows its reason in a message
@@ -369,7 +321,7 @@ TEST_F(Installer, OlderVersionOverANewerOneIsRefusedWithAMessage)
     CloseMessageBox(box, IDOK);
     EXPECT_EQ(msiexec.WaitForExit(60s), DWORD(ERROR_INSTALL_FAILURE));
 
-    EXPECT_EQ(Msiexec(L"/i " + Quoted(OldMsi)).exitCode, DWORD(ERROR_INSTALL_FAILURE));
+    EXPECT_EQ(Msiexec(L"/i " + Quoted(OldMsi)), DWORD(ERROR_INSTALL_FAILURE));
     EXPECT_FALSE(MachineKeyExists(UninstallKey + OldCode));
     ExpectInstalled(DefaultFolder(), NewCode, KEL_PACKAGE_VERSION);
 }
@@ -389,14 +341,12 @@ TEST_F(Installer, UninstallRemovesWhatItInstalledAndKeepsTheUsersData)
     WriteDword(L"COMMON\\PROMPTS", L"BadSpec", 0);
     const std::wstring machineConfigurations = MachineBranch + L"\\Plotwise\\Configurations";
     const std::wstring site = configuration.wstring() + L"\\";
-    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, machineConfigurations.c_str(), L"Site", REG_SZ,
-                              site.c_str(), DWORD((site.size() + 1) * sizeof(wchar_t))),
-              ERROR_SUCCESS);
+    SetString(HKEY_LOCAL_MACHINE, machineConfigurations, L"Site", site);
 
     for (int round = 1; round <= 2; ++round)
     {
         SCOPED_TRACE("uninstall " + std::to_string(round));
-        const DWORD code = Msiexec(L"/x " + Quoted(NewMsi)).exitCode;
+        const DWORD code = Msiexec(L"/x " + Quoted(NewMsi));
         // Windows answers a second uninstall with "not installed", Wine with 0.
         EXPECT_TRUE(code == 0 || (round == 2 && code == ERROR_UNKNOWN_PRODUCT)) << code;
         ExpectRemoved(DefaultFolder());

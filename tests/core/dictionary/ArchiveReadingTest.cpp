@@ -69,18 +69,6 @@ TEST(ArchiveReading, ValuesComeBackThroughPiecesOfAnySize)
         }
         EXPECT_EQ(reader.TotalBytes(), files.files[u"values.ark"].size());
     }
-
-    // A file that ends before its size says reads as a damaged one.
-    files.files[u"values.ark"].resize(files.files[u"values.ark"].size() / 2);
-    Archive cut;
-    ASSERT_TRUE(cut.OpenFile(KelText(u"values.ark")));
-    for (size_t i = 0; i < std::size(lengths); ++i)
-    {
-        KelText text;
-        cut.Boundary();
-        cut.Value(text);
-    }
-    EXPECT_FALSE(cut.Ok());
 }
 
 TEST(ArchiveReading, WideTextsEndWithTheirOnly0Unit)
@@ -106,32 +94,19 @@ TEST(ArchiveReading, WideTextsEndWithTheirOnly0Unit)
         }
 }
 
-uint32_t U32At(const std::string& bytes, size_t at)
-{
-    uint32_t value;
-    std::memcpy(&value, bytes.data() + at, 4);
-    return value;
-}
-
-void SetU32(std::string& bytes, size_t at, uint32_t value)
-{
-    std::memcpy(bytes.data() + at, &value, 4);
-}
-
 TEST(ArchiveReading, TextsAtOddPlacesLoad)
 {
     // One byte more at the end of the first entry's record (readers pass over
     // what they do not read of a record) puts every later field at an odd place.
-    MemoryFiles files;
+    MemoryFiles files(7);
     RecordingServices services;
     const std::string sample = SampleFile(files, u"even.ary");
     size_t at = Archive::HeaderSize + 4;
     for (uint32_t name = U32At(sample, Archive::HeaderSize); name > 0; --name)
         at += 4 + 2 * size_t(U32At(sample, at));
     const size_t block = at, record = at + 8;
-    std::string odd = sample;
-    SetU32(odd, block, U32At(odd, block) + 1);
-    SetU32(odd, record + 4, U32At(odd, record + 4) + 1);
+    std::string odd = WithU32(sample, block, U32At(sample, block) + 1);
+    odd = WithU32(odd, record + 4, U32At(odd, record + 4) + 1);
     odd.insert(record + 8 + U32At(sample, record + 4), 1, 'x');
     files.files[u"odd.ary"] = odd;
 

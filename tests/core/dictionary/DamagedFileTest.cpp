@@ -1,17 +1,10 @@
-#include <cstring>
-#include <iterator>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/core/dictionary/DictionarySupport.h"
 
 namespace
 {
 const char16_t* const path = u"damaged.ary";
 
-class DamagedFile : public ::testing::Test
+class DamagedFile : public DictionaryTest
 {
 protected:
     void SetUp() override { valid = SampleFile(files, path); }
@@ -22,9 +15,9 @@ protected:
     {
         files.files[path] = content;
         const size_t reports = services.errors.size();
-        EXPECT_FALSE(holder.Load(KelText(path), KelText(language), true)) << what;
+        EXPECT_FALSE(Load(path, language)) << what;
         ASSERT_EQ(services.errors.size(), reports + 1) << what;
-        EXPECT_EQ(services.errors.back().first, "Error Opening Specified Dictionary");
+        EXPECT_EQ(services.errors.back().first, u"Error Opening Specified Dictionary");
         EXPECT_FALSE(holder.IsLoaded()) << what;
         EXPECT_EQ(holder.Count(), 0) << what;
         EXPECT_EQ(holder.LanguageCount(), 0) << what;
@@ -32,15 +25,6 @@ protected:
         EXPECT_EQ(Utf8(holder.Text(48)), "Cancel") << what;
     }
 
-    static std::string WithU32(std::string bytes, size_t at, uint32_t value)
-    {
-        std::memcpy(bytes.data() + at, &value, 4);
-        return bytes;
-    }
-
-    MemoryFiles files;
-    RecordingServices services;
-    TextHolder holder;
     std::string valid;
 };
 
@@ -50,42 +34,24 @@ TEST_F(DamagedFile, EveryTruncationFailsCleanly)
         for (size_t size = 0; size < valid.size(); ++size)
             ExpectRefused(valid.substr(0, size), language, "cut at " + std::to_string(size));
     files.files[path] = valid;
-    EXPECT_TRUE(holder.Load(KelText(path), KelText(u"all"), true));
-}
-
-TEST_F(DamagedFile, HugeValuesAnywhereNeverOverAllocate)
-{
-    // Every 32-bit field, whatever it is (count, size, text length, number),
-    // set to a huge value: the load either fails cleanly or succeeds, and the
-    // sanitizers see no oversized allocation.
-    for (uint32_t huge : {0xFFFFFFFFu, 0x7FFFFFF0u, 0x10000000u})
-        for (size_t at = 0; at + 4 <= valid.size(); ++at)
-        {
-            files.files[path] = WithU32(valid, at, huge);
-            const size_t reports = services.errors.size();
-            const bool loaded = holder.Load(KelText(path), KelText(u"all"), true);
-            EXPECT_EQ(services.errors.size(), reports + (loaded ? 0 : 1)) << at;
-            if (!loaded)
-            {
-                EXPECT_EQ(Utf8(holder.Text(48)), "Cancel");
-            }
-        }
+    EXPECT_TRUE(Load(path, u"all"));
 }
 
 TEST_F(DamagedFile, OneLanguageLoadsExactlyWhenEditingDoes)
 {
     // A language is read straight from the entries' bytes, editing reads them
-    // into objects: the same file loads in both or in neither, and the texts
-    // agree. Every 32-bit field is set to values just off what it holds, to 0
-    // and to a huge value; every truncation is tried.
+    // into objects: the same file loads in both or in neither, each failure is
+    // reported once, and the texts agree. Every 32-bit field, whatever it is
+    // (count, size, text length, number), is set to values just off what it
+    // holds, to 0 and to huge values (the sanitizers see no oversized
+    // allocation); every third truncation is tried.
     std::vector<std::string> damaged;
     for (size_t size = 0; size < valid.size(); size += 3)
         damaged.push_back(valid.substr(0, size));
     for (size_t at = 0; at + 4 <= valid.size(); ++at)
     {
-        uint32_t held;
-        std::memcpy(&held, valid.data() + at, 4);
-        for (uint32_t value : {held - 1, held + 1, 0u, 0x7FFFFFF0u})
+        const uint32_t held = U32At(valid, at);
+        for (uint32_t value : {held - 1, held + 1, 0u, 0x7FFFFFF0u, 0xFFFFFFFFu, 0x10000000u})
             damaged.push_back(WithU32(valid, at, value));
     }
     for (const std::string& content : damaged)
@@ -94,9 +60,15 @@ TEST_F(DamagedFile, OneLanguageLoadsExactlyWhenEditingDoes)
         for (const char16_t* language : {u"Deutsch", u"English"})
         {
             TextHolder one, editing;
+            const size_t reports = services.errors.size();
             const bool loaded = one.Load(KelText(path), KelText(language), true);
             ASSERT_EQ(editing.Load(KelText(path), KelText(u"all"), true), loaded);
+            ASSERT_EQ(services.errors.size(), reports + (loaded ? 0 : 2));
             ASSERT_EQ(one.Count(), editing.Count());
+            if (!loaded)
+            {
+                EXPECT_EQ(Utf8(editing.Text(48)), "Cancel");
+            }
             for (int32_t i = 0; loaded && i < editing.EntryCount(); ++i)
             {
                 const TextEntry* entry = editing.Entry(i);
@@ -132,22 +104,11 @@ TEST_F(DamagedFile, LargeTextNumbersLoadLikeAnyOther)
         entries.Add(new TextEntry(numbers[i]));
         entries.At(int32_t(i))->DefaultText() = KelText::FromUtf8("text " + std::to_string(i));
     }
-    Archive archive;
-    archive.BeginWriting();
-    uint32_t noNames = 0, noObjects = 0;
-    archive.Value(noNames);
-    archive.Boundary();
-    archive.List(entries);
-    for (int block = 0; block < 2; ++block)
-    {
-        archive.Boundary();
-        archive.Value(noObjects);
-    }
-    ASSERT_TRUE(archive.SaveFile(KelText(path)));
+    ASSERT_TRUE(SaveDictionary(path, {}, [&](Archive& archive) { archive.List(entries); }));
 
     for (const char16_t* language : {u"English", u"all"})
     {
-        ASSERT_TRUE(holder.Load(KelText(path), KelText(language), true));
+        ASSERT_TRUE(Load(path, language));
         EXPECT_EQ(holder.Count(), INT32_MAX); // numbers beyond it cannot be asked for
         EXPECT_EQ(Utf8(holder.Text(999999)), "text 1");
         EXPECT_EQ(Utf8(holder.Text(1000000)), "text 5");
@@ -166,22 +127,18 @@ TEST_F(DamagedFile, LargeTextNumbersLoadLikeAnyOther)
 // of sub-objects.
 std::string NestedLanguage(int depth)
 {
-    std::string body(4, '\0') /* name */;
-    body += std::string(4, '\0'); // description
-    const uint32_t attributesBlock = 8;
-    body.append(reinterpret_cast<const char*>(&attributesBlock), 4);
+    std::string body(8, '\0'); // name and description
+    AppendU32(body, 8);        // the attributes block
     body += std::string(8, '\0');
     std::string rest;
-    const uint32_t count = depth > 1 ? 1 : 0;
-    rest.append(reinterpret_cast<const char*>(&count), 4);
+    AppendU32(rest, depth > 1 ? 1 : 0);
     if (depth > 1)
         rest += NestedLanguage(depth - 1);
-    const uint32_t restSize = uint32_t(rest.size());
-    body.append(reinterpret_cast<const char*>(&restSize), 4);
+    AppendU32(body, uint32_t(rest.size()));
     body += rest;
-    const uint32_t tag = TextLanguage::Tag, size = uint32_t(body.size());
-    std::string record(reinterpret_cast<const char*>(&tag), 4);
-    record.append(reinterpret_cast<const char*>(&size), 4);
+    std::string record;
+    AppendU32(record, TextLanguage::Tag);
+    AppendU32(record, uint32_t(body.size()));
     return record + body;
 }
 
@@ -192,21 +149,19 @@ TEST_F(DamagedFile, DeepNestingIsRefused)
         Archive archive;
         archive.BeginWriting();
         std::string bytes = archive.Finish();
-        const uint32_t zero = 0, four = 4, one = 1;
-        bytes.append(reinterpret_cast<const char*>(&zero), 4); // no names
-        for (int block = 0; block < 2; ++block)                // no entries, no categories
+        AppendU32(bytes, 0);                    // no names
+        for (int block = 0; block < 2; ++block) // no entries, no categories
         {
-            bytes.append(reinterpret_cast<const char*>(&four), 4);
-            bytes.append(reinterpret_cast<const char*>(&zero), 4);
+            AppendU32(bytes, 4);
+            AppendU32(bytes, 0);
         }
         const std::string record = NestedLanguage(depth);
-        const uint32_t size = uint32_t(record.size() + 4);
-        bytes.append(reinterpret_cast<const char*>(&size), 4);
-        bytes.append(reinterpret_cast<const char*>(&one), 4);
+        AppendU32(bytes, uint32_t(record.size() + 4));
+        AppendU32(bytes, 1);
         return bytes + record;
     };
     files.files[path] = dictionary(10);
-    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"all"), true));
+    ASSERT_TRUE(Load(path, u"all"));
     EXPECT_EQ(holder.LanguageObjectCount(), 1);
     ExpectRefused(dictionary(Archive::MaxDepth + 8), u"all", "nested too deep");
 }
@@ -240,20 +195,14 @@ TEST_F(DamagedFile, OlderReadersSkipFieldsAddedAtABlockEnd)
             return archive.Ok();
         }
     } newer;
-    Archive archive;
-    archive.BeginWriting();
-    uint32_t noNames = 0, oneEntry = 1, noObjects = 0;
-    archive.Value(noNames);
-    archive.Boundary();
-    archive.Value(oneEntry);
-    archive.WriteObject(&newer);
-    for (int block = 0; block < 2; ++block)
-    {
-        archive.Boundary();
-        archive.Value(noObjects);
-    }
-    ASSERT_TRUE(archive.SaveFile(KelText(path)));
-    ASSERT_TRUE(holder.Load(KelText(path), KelText(u"English"), true));
+    ASSERT_TRUE(SaveDictionary(path, {},
+                               [&](Archive& archive)
+                               {
+                                   uint32_t oneEntry = 1;
+                                   archive.Value(oneEntry);
+                                   archive.WriteObject(&newer);
+                               }));
+    ASSERT_TRUE(Load(path, u"English"));
     EXPECT_EQ(Utf8(holder.Text(66)), "Yes please");
 }
 } // namespace

@@ -1,88 +1,66 @@
 #pragma once
-#include <algorithm>
 #include <cstring>
-#include <map>
-#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "text/AppServices.h"
-#include "text/FileSystem.h"
-#include "text/KelText.h"
+#include <gtest/gtest.h>
+
+#include "tests/core/CoreTestSupport.h"
 #include "text/TextHolder.h"
 
-// Files kept in memory, installed as the FileSystem while a test runs. Read
-// piece by piece, they come in pieces of at most `piece` bytes, so that the
-// archive's reading window has to move on many times even in a small file.
-class MemoryFiles : public FileSystem
+// A dictionary test's stand-ins. Files are read in pieces of 7 bytes, so that
+// the archive's reading window has to move on many times even in a small file.
+class DictionaryTest : public ::testing::Test
 {
-public:
-    MemoryFiles() { previous = SetFileSystem(this); }
-    ~MemoryFiles() override { SetFileSystem(previous); }
-
-    bool ReadBytes(const KelText& path, std::string& bytes) override
+protected:
+    bool Load(const char16_t* name, const char16_t* language)
     {
-        const auto found = files.find(std::u16string(path.View()));
-        if (found == files.end())
-            return false;
-        bytes = found->second;
-        return true;
-    }
-    bool WriteBytes(const KelText& path, const void* data, size_t size) override
-    {
-        files[std::u16string(path.View())].assign(static_cast<const char*>(data), size);
-        return true;
-    }
-    bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
-    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
-    {
-        const auto found = files.find(std::u16string(path.View()));
-        if (found == files.end())
-            return nullptr;
-        return std::make_unique<MemoryReader>(found->second, piece);
+        return holder.Load(KelText(name), KelText(language), true);
     }
 
-    std::map<std::u16string, std::string> files;
-    size_t piece = 7;
-
-private:
-    FileSystem* previous;
+    MemoryFiles files{7};
+    RecordingServices services;
+    TextHolder holder;
 };
 
-// Records what the dictionary hands to the application.
-class RecordingServices : public AppServices
+inline uint32_t U32At(const std::string& bytes, size_t at)
 {
-public:
-    RecordingServices() { previous = SetAppServices(this); }
-    ~RecordingServices() override { SetAppServices(previous); }
+    uint32_t value;
+    std::memcpy(&value, bytes.data() + at, 4);
+    return value;
+}
 
-    void ReportError(const KelText& message, const KelText& context) override
-    {
-        errors.emplace_back(message.ToUtf8(), context.ToUtf8());
-    }
-    bool ResolveProgramFile(const KelText& name, KelText& fullPath) override
-    {
-        const auto found = programFiles.find(name.ToUtf8());
-        if (found == programFiles.end())
-            return false;
-        fullPath = KelText::FromUtf8(found->second);
-        return true;
-    }
-    void SetDictionaryNotice(const KelText& text) override
-    {
-        notice = text.ToUtf8();
-        ++notices;
-    }
+inline std::string WithU32(std::string bytes, size_t at, uint32_t value)
+{
+    std::memcpy(bytes.data() + at, &value, 4);
+    return bytes;
+}
 
-    std::vector<std::pair<std::string, std::string>> errors;
-    std::map<std::string, std::string> programFiles;
-    std::string notice;
-    int notices = 0;
+inline void AppendU32(std::string& bytes, uint32_t value)
+{
+    bytes.append(reinterpret_cast<const char*>(&value), 4);
+}
 
-private:
-    AppServices* previous;
-};
+// Saves a dictionary file: the language names, the entries block that
+// `entries` writes, then no categories and no language objects.
+template <typename WriteEntries>
+bool SaveDictionary(const char16_t* path, std::vector<KelText> names, WriteEntries entries)
+{
+    Archive archive;
+    archive.BeginWriting();
+    uint32_t count = uint32_t(names.size()), none = 0;
+    archive.Value(count);
+    for (KelText& name : names)
+        archive.Value(name);
+    archive.Boundary();
+    entries(archive);
+    for (int block = 0; block < 2; ++block)
+    {
+        archive.Boundary();
+        archive.Value(none);
+    }
+    return archive.SaveFile(KelText(path));
+}
 
 inline std::string Utf8(const char16_t* text)
 {

@@ -6,20 +6,12 @@ namespace
 {
 const char16_t* const path = u"dict/diction.ary";
 
-class Dictionary : public ::testing::Test
+class Dictionary : public DictionaryTest
 {
 protected:
     void SetUp() override { bytes = SampleFile(files, path); }
 
-    bool Load(const char16_t* language, const char16_t* name = path)
-    {
-        return holder.Load(KelText(name), KelText(language), true);
-    }
-
-    MemoryFiles files;
-    RecordingServices services;
     std::string bytes;
-    TextHolder holder;
 };
 
 TEST(DictionaryFallbacks, EmptyDictionaryServesBuiltInTexts)
@@ -73,24 +65,13 @@ TEST(DictionaryLanguages, CommandLineSwitch)
 
 TEST(DictionaryGrowth, CapacityRule)
 {
-    const std::pair<int32_t, int32_t> cases[] = {
-        {0, 4},
-        {3, 4},
-        {4, 8},
-        {64, 72},
-        {65, 128},
-        {512, 640},
-        {513, 1024},
-        {4096, 5120},
-        {4097, 8192},
-        {65536, 73728},
-        {65537, 131072},
-        {500000, 524288},
-        {500001, 1000000},
-        {1000000, 2000000},
-    };
-    for (const auto& [n, capacity] : cases)
-        EXPECT_EQ(GrowthCapacity(n), capacity) << n;
+    // Counts asked for and the capacity each one gets.
+    const int32_t asked[] = {0,    3,    4,     64,    65,     512,    513,
+                             4096, 4097, 65536, 65537, 500000, 500001, 1000000};
+    const int32_t capacity[] = {4,    4,    8,     72,     128,    640,     1024,
+                                5120, 8192, 73728, 131072, 524288, 1000000, 2000000};
+    for (size_t i = 0; i < std::size(asked); ++i)
+        EXPECT_EQ(GrowthCapacity(asked[i]), capacity[i]) << asked[i];
     PointerList<KelText> list;
     for (int i = 0; i < 70; ++i)
         list.Add(new KelText(u"x"));
@@ -99,7 +80,7 @@ TEST(DictionaryGrowth, CapacityRule)
 
 TEST_F(Dictionary, OrdinaryModeServesTheChosenLanguage)
 {
-    ASSERT_TRUE(Load(u"deu"));
+    ASSERT_TRUE(Load(path, u"deu"));
     EXPECT_TRUE(holder.IsLoaded());
     EXPECT_EQ(holder.LanguageSlot(), 1);
     EXPECT_EQ(holder.CurrentLanguageName().ToUtf8(), "Deutsch");
@@ -131,13 +112,13 @@ TEST_F(Dictionary, OrdinaryModeServesTheChosenLanguage)
 
 TEST_F(Dictionary, EnglishAndPositionsChooseTheirTexts)
 {
-    ASSERT_TRUE(Load(u"English"));
+    ASSERT_TRUE(Load(path, u"English"));
     EXPECT_EQ(holder.LanguageSlot(), -1);
     EXPECT_EQ(Utf8(holder.Text(6070)), "Message Prompts");
-    ASSERT_TRUE(Load(u"#3"));
+    ASSERT_TRUE(Load(path, u"#3"));
     EXPECT_EQ(Utf8(holder.Text(6070)), "Messages");
     EXPECT_EQ(Utf8(holder.Text(6069)), "Never again"); // empty French text: the default
-    ASSERT_TRUE(Load(u"Klingon"));
+    ASSERT_TRUE(Load(path, u"Klingon"));
     EXPECT_EQ(holder.LanguageSlot(), -1);
     EXPECT_EQ(Utf8(holder.Text(0)), "Zero");
 }
@@ -148,7 +129,7 @@ TEST_F(Dictionary, NarrowArchiveIsReopenedInItsFormat)
          {Archive::NarrowTexts | Archive::NarrowUtf8, uint32_t(Archive::NarrowTexts)})
     {
         SampleFile(files, u"narrow.ary", flags);
-        ASSERT_TRUE(Load(u"Deutsch", u"narrow.ary")) << flags;
+        ASSERT_TRUE(Load(u"narrow.ary", u"Deutsch")) << flags;
         EXPECT_EQ(Utf8(holder.Text(6070)), "Meldungen");
         // "„" and "“" exist in Windows-1252 as well, so both encodings keep them.
         EXPECT_EQ(Utf8(holder.Text(9709)), "Der Ordner „%s“ hat kein %s.");
@@ -170,7 +151,7 @@ TEST_F(Dictionary, EmptyTextsStayEmpty)
 
     for (const char16_t* language : {u"English", u"Deutsch", u"all"})
     {
-        ASSERT_TRUE(Load(language, u"empty.ary"));
+        ASSERT_TRUE(Load(u"empty.ary", language));
         const std::string what = KelText(language).ToUtf8();
         ASSERT_NE(holder.Text(48, true), nullptr) << what;
         EXPECT_EQ(Utf8(holder.Text(48, true)), "") << what;
@@ -210,7 +191,7 @@ TEST(DictionaryArchive, EmptyTextIsCountOneAndTheTerminator)
 
 TEST_F(Dictionary, EditingModeKeepsAndSavesEveryObject)
 {
-    ASSERT_TRUE(Load(u"all"));
+    ASSERT_TRUE(Load(path, u"all"));
     EXPECT_EQ(holder.LanguageSlot(), TextHolder::AllLanguages);
     ASSERT_EQ(holder.EntryCount(), 7);
     for (int32_t i = 1; i < holder.EntryCount(); ++i)
@@ -240,7 +221,7 @@ TEST_F(Dictionary, EditingModeKeepsAndSavesEveryObject)
     // Saving what was loaded and loading it again changes nothing.
     ASSERT_TRUE(holder.Save(KelText(u"copy.ary")));
     const std::string first = files.files[u"copy.ary"];
-    ASSERT_TRUE(Load(u"all", u"copy.ary"));
+    ASSERT_TRUE(Load(u"copy.ary", u"all"));
     ASSERT_TRUE(holder.Save(KelText(u"copy2.ary")));
     EXPECT_EQ(files.files[u"copy2.ary"], first);
     EXPECT_EQ(holder.FindEntry(6070)->Data(), 0x0123456789ABCDEFull);
@@ -249,25 +230,13 @@ TEST_F(Dictionary, EditingModeKeepsAndSavesEveryObject)
 TEST_F(Dictionary, EditingModeMakesLanguagesFromNames)
 {
     // A file with language names and no language objects.
-    Archive archive;
-    archive.BeginWriting();
-    uint32_t count = 2;
-    archive.Value(count);
-    KelText english(u"English"), german(u"Deutsch");
-    archive.Value(english);
-    archive.Value(german);
-    PointerList<TextEntry> none;
-    PointerList<TextCatagory> noCategories;
-    PointerList<TextLanguage> noLanguages;
-    archive.Boundary();
-    archive.List(none);
-    archive.Boundary();
-    archive.List(noCategories);
-    archive.Boundary();
-    archive.List(noLanguages);
-    ASSERT_TRUE(archive.SaveFile(KelText(u"names.ary")));
-
-    ASSERT_TRUE(Load(u"all", u"names.ary"));
+    ASSERT_TRUE(SaveDictionary(u"names.ary", {KelText(u"English"), KelText(u"Deutsch")},
+                               [](Archive& archive)
+                               {
+                                   uint32_t noEntries = 0;
+                                   archive.Value(noEntries);
+                               }));
+    ASSERT_TRUE(Load(u"names.ary", u"all"));
     ASSERT_EQ(holder.LanguageObjectCount(), 2);
     EXPECT_EQ(holder.Language(1)->Name().ToUtf8(), "Deutsch");
 }
@@ -276,15 +245,15 @@ TEST_F(Dictionary, MissingFileIsResolvedThroughTheProgramFolders)
 {
     files.files[u"/program/diction.ary"] = bytes;
     services.programFiles["diction.ary"] = "/program/diction.ary";
-    ASSERT_TRUE(Load(u"Deutsch", u"diction.ary"));
+    ASSERT_TRUE(Load(u"diction.ary", u"Deutsch"));
     EXPECT_EQ(holder.AskedName().ToUtf8(), "diction.ary");
     EXPECT_EQ(holder.FullPath().ToUtf8(), "/program/diction.ary");
 
     services.programFiles.clear();
-    EXPECT_FALSE(Load(u"Deutsch", u"diction.ary"));
+    EXPECT_FALSE(Load(u"diction.ary", u"Deutsch"));
     ASSERT_EQ(services.errors.size(), 1u);
-    EXPECT_EQ(services.errors[0].first, "Error Opening Specified Dictionary");
-    EXPECT_EQ(services.errors[0].second, "diction.ary");
+    EXPECT_EQ(services.errors[0].first, u"Error Opening Specified Dictionary");
+    EXPECT_EQ(services.errors[0].second, u"diction.ary");
     EXPECT_FALSE(holder.IsLoaded());
     EXPECT_EQ(Utf8(holder.Text(48)), "Cancel");
 
@@ -292,28 +261,18 @@ TEST_F(Dictionary, MissingFileIsResolvedThroughTheProgramFolders)
     EXPECT_EQ(services.errors.size(), 1u); // not reported when asked not to
 
     AppServices* mine = SetAppServices(nullptr); // no application at all
-    EXPECT_TRUE(Load(u"Deutsch"));
-    EXPECT_FALSE(Load(u"Deutsch", u"nowhere.ary"));
+    EXPECT_TRUE(Load(path, u"Deutsch"));
+    EXPECT_FALSE(Load(u"nowhere.ary", u"Deutsch"));
     SetAppServices(mine);
 }
 
 TEST_F(Dictionary, FailedSaveKeepsThePreviousFile)
 {
-    class FailingFiles : public MemoryFiles
-    {
-    public:
-        bool WriteBytes(const KelText& path, const void* data, size_t size) override
-        {
-            const bool broken = ++writes == 1; // the first write breaks off half-way
-            MemoryFiles::WriteBytes(path, data, broken ? size / 2 : size);
-            return !broken;
-        }
-        int writes = 0;
-    } failing;
-    failing.files[u"old.ary"] = "previous content";
+    files.files[u"old.ary"] = "previous content";
+    files.failNextWrite = true; // the write breaks off half-way
     TextHolder sample;
     FillSample(sample);
     EXPECT_FALSE(sample.Save(KelText(u"old.ary")));
-    EXPECT_EQ(failing.files[u"old.ary"], "previous content");
+    EXPECT_EQ(files.files[u"old.ary"], "previous content");
 }
 } // namespace

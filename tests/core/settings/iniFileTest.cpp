@@ -21,14 +21,6 @@ std::u16string ReadString(const char16_t* section, const char16_t* key)
     file.ReadAll();
     return std::u16string(value.View());
 }
-
-Lines LoadedLines(const iniFile& file)
-{
-    Lines lines;
-    for (int32_t i = 0; i < file.lines.Count(); ++i)
-        lines.emplace_back(file.lines[i].View());
-    return lines;
-}
 } // namespace
 
 TEST(iniFileGrammar, KeysMatchTheUntrimmedTextBeforeTheFirstEquals)
@@ -167,7 +159,7 @@ TEST(iniFileDirect, ListAndSetValueKeepTheirQuirks)
 TEST(iniFileSave, AFailedWriteLeavesThePreviousContentAndReportsOnce)
 {
     MemoryFiles files;
-    RecordedReports shown;
+    RecordingServices shown;
     const std::string before = "[S]\r\nN=1\r\n";
     files.files[kPath] = before;
     int32_t n = 2;
@@ -176,9 +168,9 @@ TEST(iniFileSave, AFailedWriteLeavesThePreviousContentAndReportsOnce)
     files.failNextWrite = true;
     EXPECT_EQ(file.WriteAll(nullptr, nullptr, 1), 1);
     EXPECT_EQ(files.files[kPath], before);
-    ASSERT_EQ(shown.reports.size(), 1u);
-    EXPECT_EQ(shown.reports[0].first, DictText(240));
-    EXPECT_EQ(shown.reports[0].second, kPath);
+    ASSERT_EQ(shown.errors.size(), 1u);
+    EXPECT_EQ(shown.errors[0].first, DictText(240));
+    EXPECT_EQ(shown.errors[0].second, kPath);
 
     // A new file whose write fails is left empty, not half-written; without
     // report nothing is shown.
@@ -187,14 +179,14 @@ TEST(iniFileSave, AFailedWriteLeavesThePreviousContentAndReportsOnce)
     files.failNextWrite = true;
     fresh.WriteAll();
     EXPECT_EQ(files.files[u"new.ini"], "");
-    EXPECT_EQ(shown.reports.size(), 1u);
+    EXPECT_EQ(shown.errors.size(), 1u);
 
     // A file that exists but cannot be read is not replaced by the entries alone.
     files.unreadable = true;
     const int writes = files.writes;
     EXPECT_EQ(file.WriteAll(nullptr, nullptr, 1), 1);
     EXPECT_EQ(files.writes, writes);
-    EXPECT_EQ(shown.reports.size(), 2u);
+    EXPECT_EQ(shown.errors.size(), 2u);
 }
 
 TEST(iniFileDisk, LongLinesRoundTripThroughTheRealFileSystem)

@@ -324,10 +324,7 @@ TEST(iniFileProperty, FilesReadInPiecesDecodeAsAWhole)
             files.piece = piece;
             iniFile file(u"p.ini");
             ASSERT_EQ(file.Load(), 1);
-            Lines loaded;
-            for (int32_t i = 0; i < file.lines.Count(); ++i)
-                loaded.emplace_back(file.lines[i].View());
-            ASSERT_EQ(loaded, expected) << "round " << round << ", pieces of " << piece;
+            ASSERT_EQ(LoadedLines(file), expected) << "round " << round << ", pieces of " << piece;
         }
     }
 }

@@ -49,6 +49,9 @@ const std::vector<FormatCase>& Cases()
          {INT64_MIN, UINT64_MAX, big, big, big, big, big, big},
          u"-9223372036854775808 18446744073709551615 4294967301 4294967301 4294967301 4294967301 "
          u"4294967301 4294967301"},
+        {u"%I64d %I64u %I64x",
+         {INT64_MIN, UINT64_MAX, -1LL},
+         u"-9223372036854775808 18446744073709551615 ffffffffffffffff"},
         {u"%llx %I64X %llo",
          {-1LL, -1LL, UINT64_MAX},
          u"ffffffffffffffff FFFFFFFFFFFFFFFF 1777777777777777777777"},
@@ -65,6 +68,7 @@ const std::vector<FormatCase>& Cases()
         {u"[%s][%.3s][%hs][%8s]",
          {noText, noText, static_cast<const char*>(nullptr), noText},
          u"[(null)][(nu][(null)][  (null)]"},
+        {u"[%S][%8S]", {static_cast<const char*>(nullptr), noText}, u"[(null)][  (null)]"},
         {u"[%hs][%S][%.2hs][%-6hs][%hS]",
          {"caf\xE9", "\x80", "abc", "ab", "x"},
          u"[caf\u00E9][\u20AC][ab][ab    ][x]"},

@@ -4,6 +4,8 @@
 // prefix (see EditKelSession.h).
 #include "tests/e2e/support/EditKelSession.h"
 
+#include <fstream>
+
 using namespace EditKelSession;
 
 namespace
@@ -18,9 +20,7 @@ struct Finished
 // Runs kelcfg.exe with `arguments` and waits for it to end.
 Finished RunKelCfg(const std::wstring& arguments)
 {
-    wchar_t temp[MAX_PATH] = {};
-    GetTempPathW(MAX_PATH, temp);
-    const fs::path folder = fs::path(temp) / L"kel-e2e" / L"kelcfg-run";
+    const fs::path folder = fs::temp_directory_path() / L"kel-e2e" / L"kelcfg-run";
     fs::create_directories(folder);
     SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
     auto open = [&](const wchar_t* name)
@@ -28,18 +28,15 @@ Finished RunKelCfg(const std::wstring& arguments)
         return CreateFileW((folder / name).c_str(), GENERIC_WRITE,
                            FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit, CREATE_ALWAYS, 0, nullptr);
     };
-    HANDLE out = open(L"out.txt");
-    HANDLE err = open(L"err.txt");
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = out;
-    startup.hStdError = err;
+    startup.hStdOutput = open(L"out.txt");
+    startup.hStdError = open(L"err.txt");
     const std::wstring program = WindowsPath(KEL_KELCFG);
     std::wstring command = L"\"" + program + L"\" " + arguments;
     PROCESS_INFORMATION process{};
-    Finished finished;
-    finished.exitCode = 99;
+    Finished finished{99, {}, {}};
     // No console: standard output and standard error are the two files.
     if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, DETACHED_PROCESS, nullptr,
                        fs::path(program).parent_path().c_str(), &startup, &process))
@@ -50,19 +47,11 @@ Finished RunKelCfg(const std::wstring& arguments)
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
     }
-    CloseHandle(out);
-    CloseHandle(err);
+    CloseHandle(startup.hStdOutput);
+    CloseHandle(startup.hStdError);
     finished.out = FileBytes(folder / L"out.txt");
     finished.err = FileBytes(folder / L"err.txt");
     return finished;
-}
-
-void WriteText(const fs::path& path, const std::string& text)
-{
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    DWORD written = 0;
-    WriteFile(file, text.data(), DWORD(text.size()), &written, nullptr);
-    CloseHandle(file);
 }
 
 bool Holds(const std::string& text, const std::string& part)
@@ -70,9 +59,7 @@ bool Holds(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-class KelCfg : public Scenario
-{
-};
+using KelCfg = Scenario;
 } // namespace
 
 TEST_F(KelCfg, AWrongCommandLineEndsWithTwoAndTheUsage)
@@ -125,7 +112,8 @@ TEST_F(KelCfg, AnImportIsRefusedWholeOrAppliedWithTheChangesListed)
     const std::wstring command =
         L"-app=Shopwise \"-config=" + demo.wstring() + L"\" \"" + file.wstring() + L"\"";
 
-    WriteText(file, "[Common Options]\nLanguage = Deutsch\nNUMPAD = maybe\n");
+    std::ofstream(file, std::ios::binary)
+        << "[Common Options]\nLanguage = Deutsch\nNUMPAD = maybe\n";
     const std::string before = FileBytes(demo / L"KEL.INI");
     Finished run = RunKelCfg(L"import " + command);
     EXPECT_EQ(run.exitCode, 1u);
@@ -134,8 +122,8 @@ TEST_F(KelCfg, AnImportIsRefusedWholeOrAppliedWithTheChangesListed)
     EXPECT_FALSE(ReadString(L"Shopwise", L"Language"));
     EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
 
-    WriteText(file, "[Common Options]\nLanguage = Deutsch\nNUMPAD = ON\n"
-                    "[Message Prompts]\nBadSpec = NO\n");
+    std::ofstream(file, std::ios::binary) << "[Common Options]\nLanguage = Deutsch\nNUMPAD = ON\n"
+                                             "[Message Prompts]\nBadSpec = NO\n";
     run = RunKelCfg(L"import " + command + L" --dry-run");
     EXPECT_EQ(run.exitCode, 0u) << run.err;
     EXPECT_EQ(run.out, "Common Options/Language: English (default) -> Deutsch\r\n"

@@ -1,23 +1,16 @@
 // The CAD options page (Plotwise) and the Tyx options page (the stand-alone
 // products) as a user works them in EditKel.exe: the tabs in order, options
-// changed and saved with OK, and each page in English and German.
+// changed and saved with OK, and changes cancelled in German and French.
 #include "app/pages/PageIds.h"
 #include "tests/e2e/support/EditKelSession.h"
 
 using namespace EditKelSession;
 
-namespace
-{
-class OptionPages : public Scenario
-{
-protected:
-    HWND dialog = nullptr;
-};
-} // namespace
+using OptionPages = Scenario;
 
 TEST_F(OptionPages, PlotwiseCadOptionsSavedWithOk)
 {
-    TargetProcess editor = OpenDemo(L"Plotwise", dialog);
+    TargetProcess editor = OpenDemo(L"Plotwise");
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Plotwise", L"Common Options",
                                          L"Message Prompts"}));
@@ -45,7 +38,7 @@ TEST_F(OptionPages, PlotwiseCadOptionsSavedWithOk)
 
 TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
 {
-    TargetProcess editor = OpenDemo(L"Cutwise", dialog);
+    TargetProcess editor = OpenDemo(L"Cutwise");
     const std::vector<std::wstring> tabs = TabTexts(Control(dialog, TabsId));
     ASSERT_GE(tabs.size(), 4u);
     EXPECT_EQ(tabs[0], L"Program Paths");
@@ -71,59 +64,29 @@ TEST_F(OptionPages, CutwiseTyxOptionsSavedWithOk)
     EXPECT_EQ(ReadString(L"Cutwise", L"Caption"), L"Cutting room");
 }
 
-TEST_F(OptionPages, CancelWritesNothingAndTheWelcomeScreenIsStoredForTallywiseOnly)
-{
-    // Changes on both option pages, then Cancel: the registry and the
-    // settings file stay as they were.
-    for (const wchar_t* product : {L"Plotwise", L"Tallywise"})
-    {
-        TargetProcess editor = OpenDemo(product, dialog);
-        const std::string before = FileBytes(demo / L"KEL.INI");
-        const bool cad = std::wstring(product) == L"Plotwise";
-        HWND page = ShowPage(dialog, product, cad ? kCadUseIcons : kTyxSupport);
-        SetChecked(Control(page, cad ? kCadKeepEstimatingOff : kTyxUseCaption), true);
-        if (!cad)
-            SetText(Control(page, kTyxSupport), L"Call 215");
-        Press(Control(dialog, IDCANCEL));
-        EXPECT_EQ(editor.WaitForExit(), 0u);
-        EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
-        for (const wchar_t* name : {L"StoreEstDatabase", L"UseDWGDatabase", L"Caption"})
-            EXPECT_FALSE(ReadString(product, name).has_value()) << Utf8(name);
-        for (const wchar_t* name : {L"SkipValidateButtons", L"HideWelcomeScreen"})
-            EXPECT_EQ(ReadDword(product, name), -1) << Utf8(name);
-    }
-
-    for (const wchar_t* product : {L"Tallywise", L"Fieldpost"})
-    {
-        TargetProcess editor = OpenDemo(product, dialog);
-        HWND page = ShowPage(dialog, product, kTyxSupport);
-        EXPECT_TRUE(IsWindowEnabled(Control(page, kTyxHideWelcome)));
-        EXPECT_FALSE(IsWindowEnabled(Control(page, kTyxQuickFullEdit)));
-        SetChecked(Control(page, kTyxHideWelcome), true);
-        Press(Control(dialog, IDOK));
-        EXPECT_EQ(editor.WaitForExit(), 0u);
-        EXPECT_EQ(ReadDword(product, L"HideWelcomeScreen"),
-                  std::wstring(product) == L"Tallywise" ? 1 : -1);
-        EXPECT_EQ(SettingsValue(demo / L"KEL.INI", L"GENERAL", L"QUICKFULLEDIT"), L"NO");
-    }
-}
-
-// Screenshots of both pages in German and French.
-TEST_F(OptionPages, GermanAndFrenchPages)
+// Changes on both option pages in German and in French, then Cancel: the
+// registry and the settings file stay as they were. Screenshots of both
+// pages in both languages.
+TEST_F(OptionPages, CancelInGermanAndFrenchWritesNothing)
 {
     for (const wchar_t* language : {L"/l=Deutsch", L"/l=Fr"})
-    {
+        for (const wchar_t* product : {L"Plotwise", L"Tallywise"})
         {
-            TargetProcess editor = OpenDemo(L"Plotwise", dialog, language);
-            ShowPage(dialog, L"Plotwise", kCadUseIcons);
-            Screenshot(language + 3, dialog, L"cad");
+            SCOPED_TRACE(Utf8(product) + " " + Utf8(language));
+            TargetProcess editor = OpenDemo(product, language);
+            const std::string before = FileBytes(demo / L"KEL.INI");
+            const bool cad = std::wstring(product) == L"Plotwise";
+            HWND page = ShowPage(dialog, product, cad ? kCadUseIcons : kTyxSupport);
+            Screenshot(language + 3, dialog, cad ? L"cad" : L"tyx");
+            SetChecked(Control(page, cad ? kCadKeepEstimatingOff : kTyxUseCaption), true);
+            if (!cad)
+                SetText(Control(page, kTyxSupport), L"Call 215");
             Press(Control(dialog, IDCANCEL));
             EXPECT_EQ(editor.WaitForExit(), 0u);
+            EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
+            for (const wchar_t* name : {L"StoreEstDatabase", L"UseDWGDatabase", L"Caption"})
+                EXPECT_FALSE(ReadString(product, name).has_value()) << Utf8(name);
+            for (const wchar_t* name : {L"SkipValidateButtons", L"HideWelcomeScreen"})
+                EXPECT_EQ(ReadDword(product, name), -1) << Utf8(name);
         }
-        TargetProcess editor = OpenDemo(L"Fieldpost", dialog, language);
-        ShowPage(dialog, L"Fieldpost", kTyxSupport);
-        Screenshot(language + 3, dialog, L"tyx");
-        Press(Control(dialog, IDCANCEL));
-        EXPECT_EQ(editor.WaitForExit(), 0u);
-    }
 }

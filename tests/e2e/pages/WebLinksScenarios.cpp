@@ -45,10 +45,9 @@ protected:
     }
     // Starts the editor on Shopwise and brings the page named `tab` to the
     // front; `list` is its list.
-    TargetProcess OpenPage(HWND& list, const std::wstring& language = {},
-                           const wchar_t* tab = L"Web Links")
+    TargetProcess OpenPage(const std::wstring& language = {}, const wchar_t* tab = L"Web Links")
     {
-        TargetProcess editor = OpenDemo(L"Shopwise", dialog, language);
+        TargetProcess editor = OpenDemo(L"Shopwise", language);
         ShowPage(dialog, tab, kLinkList);
         list = Control(dialog, kLinkList);
         return editor;
@@ -68,7 +67,7 @@ protected:
         ASSERT_TRUE(WaitUntil([&] { return !IsWindow(link); }, DefaultWait));
     }
     // Selects several rows at once, as Ctrl+click does.
-    static void SelectRows(HWND list, int first, int second)
+    void SelectRows(int first, int second) const
     {
         SelectListRow(list, first);
         RemoteMemory memory(list, sizeof(LVITEMW));
@@ -77,20 +76,19 @@ protected:
         memory.Put(item);
         Send(list, LVM_SETITEMSTATE, WPARAM(second), memory.Param());
     }
-    static bool Shows(HWND list, const Rows& rows)
+    bool Shows(const Rows& rows) const
     {
         return WaitUntil([&] { return ListRows(list) == rows; }, DefaultWait);
     }
 
-    HWND dialog = nullptr;
+    HWND list = nullptr;
 };
 } // namespace
 
 TEST_F(WebLinks, AddEditMoveDeleteThenOkAndTheSameListAfterARestart)
 {
     StoreStartingLinks();
-    HWND list = nullptr;
-    TargetProcess editor = OpenPage(list);
+    TargetProcess editor = OpenPage();
     EXPECT_EQ(TabTexts(Control(dialog, TabsId)),
               (std::vector<std::wstring>{L"Program Paths", L"Shopwise", L"Web Links",
                                          L"Common Options", L"Message Prompts"}));
@@ -107,7 +105,7 @@ TEST_F(WebLinks, AddEditMoveDeleteThenOkAndTheSameListAfterARestart)
     Press(Control(dialog, kLinkUp));
     ASSERT_TRUE(WaitUntil([&] { return ListCell(list, 3, 0) == L"Forum"; }, DefaultWait));
     // Support and the default link go.
-    SelectRows(list, 0, 1);
+    SelectRows(0, 1);
     Press(Control(dialog, kLinkDelete));
     HWND question = editor.WaitForMessageBox(L"Web Links");
     EXPECT_EQ(MessageBoxText(question), L"Delete the selected web links - 2 ?");
@@ -115,7 +113,7 @@ TEST_F(WebLinks, AddEditMoveDeleteThenOkAndTheSameListAfterARestart)
     const Rows expected = {{L"Price list", L"https://prices.example/2024"},
                            {L"Forum", L"https://forum.example"},
                            {L"Catalogue", L"https://parts.example:8443/?list=ducts&size=2"}};
-    ASSERT_TRUE(Shows(list, expected));
+    ASSERT_TRUE(Shows(expected));
     Screenshot(L"page", dialog, L"weblinks");
     Press(Control(dialog, IDOK));
     EXPECT_EQ(editor.WaitForExit(), 0u);
@@ -124,8 +122,8 @@ TEST_F(WebLinks, AddEditMoveDeleteThenOkAndTheSameListAfterARestart)
                                  L"1:Forum -> https://forum.example",
                                  L"2:Catalogue -> https://parts.example:8443/?list=ducts&size=2"}));
 
-    editor = OpenPage(list);
-    EXPECT_TRUE(Shows(list, expected));
+    editor = OpenPage();
+    EXPECT_TRUE(Shows(expected));
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
 }
@@ -134,8 +132,7 @@ TEST_F(WebLinks, GermanLinkDialogRefusesAnEmptyAddressAndCancelWritesNothing)
 {
     StoreStartingLinks();
     const std::vector<std::wstring> before = StoredLinks();
-    HWND list = nullptr;
-    TargetProcess editor = OpenPage(list, L"/l=Deutsch", L"Weblinks");
+    TargetProcess editor = OpenPage(L"/l=Deutsch", L"Weblinks");
     ASSERT_TRUE(WaitUntil([&] { return ListCell(list, 1, 0) == L"Standardlink"; }, DefaultWait));
     Screenshot(L"page", dialog, L"weblinks");
     // The default link: the box ticked, the name box empty and disabled.
@@ -154,7 +151,7 @@ TEST_F(WebLinks, GermanLinkDialogRefusesAnEmptyAddressAndCancelWritesNothing)
     Press(Control(link, IDOK));
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(link); }, DefaultWait));
 
-    SelectRows(list, 0, 3);
+    SelectRows(0, 3);
     Press(Control(dialog, kLinkDelete));
     CloseMessageBox(editor.WaitForMessageBox(L"Weblinks"), IDYES);
     ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 2; }, DefaultWait));

@@ -3,8 +3,8 @@
 // and a checked tree view on the first, a check box on the second) and a
 // button that opens a message box. Every notification it receives is shown in
 // a status line, so a driver can see that its actions arrived as a user's
-// would. OK writes the state it ended with to the file named on the command
-// line and exits with a code made from it.
+// would. OK writes the tree's check marks to the file named on the command
+// line and exits with a code made from the other controls' state.
 //
 //   e2e_target.exe [state file]   the dialog
 //   e2e_target.exe /quiet         no window: ends at once with TARGET_QUIET
@@ -15,13 +15,17 @@
 #include <commctrl.h>
 #include <shellapi.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 namespace
 {
 
 HWND dialog;
 HWND pages[2];
+const wchar_t* const PageNames[2] = {L"General", L"Advanced"};
 std::wstring stateFile;
 
 HWND Item(int id)
@@ -62,29 +66,15 @@ void AddRow(const wchar_t* name, const wchar_t* value)
     ListView_SetItemText(list, row, 1, const_cast<wchar_t*>(value));
 }
 
-std::wstring ComboText()
-{
-    HWND combo = Item(IDC_COMBO);
-    int index = static_cast<int>(SendMessageW(combo, CB_GETCURSEL, 0, 0));
-    wchar_t buffer[256] = {};
-    if (index >= 0)
-        SendMessageW(combo, CB_GETLBTEXT, static_cast<WPARAM>(index),
-                     reinterpret_cast<LPARAM>(buffer));
-    return buffer;
-}
-
 void ShowPage(int index)
 {
     for (int i = 0; i < 2; ++i)
         ShowWindow(pages[i], i == index ? SW_SHOW : SW_HIDE);
-    wchar_t text[64] = {};
-    TCITEMW item{};
-    item.mask = TCIF_TEXT;
-    item.pszText = text;
-    item.cchTextMax = 64;
-    TabCtrl_GetItem(Item(IDC_TABS), index, &item);
-    Status(std::wstring(L"tab: ") + text);
+    Status(std::wstring(L"tab: ") + PageNames[index]);
 }
+
+// The tree's items in display order, for the state file.
+std::vector<std::pair<HTREEITEM, std::wstring>> treeItems;
 
 HTREEITEM AddTreeItem(HWND tree, HTREEITEM parent, const wchar_t* text, bool checked)
 {
@@ -95,6 +85,7 @@ HTREEITEM AddTreeItem(HWND tree, HTREEITEM parent, const wchar_t* text, bool che
     insert.item.pszText = const_cast<wchar_t*>(text);
     HTREEITEM item = TreeView_InsertItem(tree, &insert);
     TreeView_SetCheckState(tree, item, checked);
+    treeItems.emplace_back(item, text);
     return item;
 }
 
@@ -110,65 +101,23 @@ void FillTree()
     TreeView_Expand(tree, root, TVE_EXPAND);
 }
 
-std::wstring TreeState()
-{
-    HWND tree = Item(IDC_TREE);
-    std::wstring state;
-    HTREEITEM item = TreeView_GetRoot(tree);
-    while (item)
-    {
-        wchar_t text[64] = {};
-        TVITEMW data{};
-        data.mask = TVIF_TEXT;
-        data.hItem = item;
-        data.pszText = text;
-        data.cchTextMax = 64;
-        TreeView_GetItem(tree, &data);
-        state += (state.empty() ? L"" : L",") + std::wstring(text) + L":" +
-                 (TreeView_GetCheckState(tree, item) == 1 ? L"1" : L"0");
-        HTREEITEM next = TreeView_GetChild(tree, item);
-        if (!next)
-            next = TreeView_GetNextSibling(tree, item);
-        if (!next)
-            next = TreeView_GetNextSibling(tree, TreeView_GetParent(tree, item));
-        item = next;
-    }
-    return state;
-}
-
-int SelectedRow()
-{
-    return ListView_GetNextItem(Item(IDC_LIST), -1, LVNI_SELECTED);
-}
-
 bool Checked(int id)
 {
     return SendMessageW(Item(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 
+// The tree's check marks, which the test reads back: "<text>:<0|1>,...".
 void WriteState()
 {
-    if (stateFile.empty())
-        return;
-    std::wstring text = L"row=" + std::to_wstring(SelectedRow()) + L"\n" + L"rows=" +
-                        std::to_wstring(ListView_GetItemCount(Item(IDC_LIST))) + L"\n" + L"check=" +
-                        (Checked(IDC_CHECK) ? L"1" : L"0") + L"\n" + L"combo=" + ComboText() +
-                        L"\n" + L"tab=" + std::to_wstring(TabCtrl_GetCurSel(Item(IDC_TABS))) +
-                        L"\n" + L"edit=" + TextOf(Item(IDC_EDIT)) + L"\n" + L"expert=" +
-                        (Checked(IDC_EXPERT) ? L"1" : L"0") + L"\n" + L"tree=" + TreeState() +
-                        L"\n";
-    int size = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), nullptr,
-                                   0, nullptr, nullptr);
-    std::string utf8(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), utf8.data(), size,
-                        nullptr, nullptr);
-    HANDLE file = CreateFileW(stateFile.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return;
-    DWORD written = 0;
-    WriteFile(file, utf8.data(), static_cast<DWORD>(utf8.size()), &written, nullptr);
-    CloseHandle(file);
+    std::wstring text;
+    for (const auto& [item, name] : treeItems)
+        text += (text.empty() ? L"" : L",") + name + L":" +
+                (TreeView_GetCheckState(Item(IDC_TREE), item) == 1 ? L"1" : L"0");
+    std::string utf8(text.size() * 3, '\0');
+    utf8.resize(size_t(WideCharToMultiByte(CP_UTF8, 0, text.c_str(), int(text.size()), utf8.data(),
+                                           int(utf8.size()), nullptr, nullptr)));
+    if (!stateFile.empty())
+        std::ofstream(std::filesystem::path(stateFile), std::ios::binary) << utf8;
 }
 
 void Finish(int exitCode)
@@ -184,11 +133,6 @@ void DrawAddButton(const DRAWITEMSTRUCT& draw)
     DrawEdge(draw.hDC, &rect, (draw.itemState & ODS_SELECTED) ? EDGE_SUNKEN : EDGE_RAISED, BF_RECT);
     SetBkMode(draw.hDC, TRANSPARENT);
     DrawTextW(draw.hDC, L"+ Add", -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
-    if (draw.itemState & ODS_FOCUS)
-    {
-        InflateRect(&rect, -3, -3);
-        DrawFocusRect(draw.hDC, &rect);
-    }
 }
 
 void OnCommand(int id, int code)
@@ -203,7 +147,7 @@ void OnCommand(int id, int code)
         break;
     case IDC_COMBO:
         if (code == CBN_SELCHANGE)
-            Status(L"combo: " + ComboText());
+            Status(L"combo: " + TextOf(Item(IDC_COMBO)));
         break;
     case IDC_EDIT:
         if (code == EN_CHANGE)
@@ -227,7 +171,8 @@ void OnCommand(int id, int code)
     }
     case IDOK:
         WriteState();
-        Finish((SelectedRow() + 1) * 100 + (Checked(IDC_CHECK) ? 10 : 0) +
+        Finish((ListView_GetNextItem(Item(IDC_LIST), -1, LVNI_SELECTED) + 1) * 100 +
+               (Checked(IDC_CHECK) ? 10 : 0) +
                static_cast<int>(SendMessageW(Item(IDC_COMBO), CB_GETCURSEL, 0, 0)));
         break;
     case IDCANCEL:
@@ -269,12 +214,11 @@ INT_PTR CALLBACK PageProc(HWND, UINT message, WPARAM wParam, LPARAM)
 void CreatePages()
 {
     HWND tabs = Item(IDC_TABS);
-    const wchar_t* names[2] = {L"General", L"Advanced"};
     for (int i = 0; i < 2; ++i)
     {
         TCITEMW item{};
         item.mask = TCIF_TEXT;
-        item.pszText = const_cast<wchar_t*>(names[i]);
+        item.pszText = const_cast<wchar_t*>(PageNames[i]);
         TabCtrl_InsertItem(tabs, i, &item);
     }
     RECT area{};
@@ -315,7 +259,6 @@ void Initialise()
     CreatePages();
     FillTree();
     ShowPage(0);
-    Status(L"ready");
 }
 
 INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
@@ -339,18 +282,8 @@ INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             return TRUE;
         }
         break;
-    case WM_CLOSE:
-        Finish(TARGET_CANCELLED);
-        return TRUE;
     }
     return FALSE;
-}
-
-// Ctrl+Tab moves to the next tab, as in a property sheet.
-bool IsNextTabKey(const MSG& msg)
-{
-    return msg.message == WM_KEYDOWN && msg.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0 &&
-           (msg.hwnd == dialog || IsChild(dialog, msg.hwnd));
 }
 
 } // namespace
@@ -378,7 +311,9 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show)
     MSG msg{};
     while (GetMessageW(&msg, nullptr, 0, 0) > 0)
     {
-        if (IsNextTabKey(msg))
+        // Ctrl+Tab moves to the next tab, as in a property sheet.
+        if (msg.message == WM_KEYDOWN && msg.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0 &&
+            (msg.hwnd == dialog || IsChild(dialog, msg.hwnd)))
         {
             HWND tabs = Item(IDC_TABS);
             int next = (TabCtrl_GetCurSel(tabs) + 1) % TabCtrl_GetItemCount(tabs);

@@ -16,6 +16,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "app/Version.h"
@@ -33,7 +34,6 @@ inline const std::wstring TitleTail = L" Config Editor - " + Wide(KEL_VERSION_TE
 inline constexpr int PickerList = 602;
 inline constexpr int SwitchTree = 1335;
 inline constexpr int TabsId = 20101;
-inline constexpr int ApplyId = 20102;
 
 inline std::wstring TestName()
 {
@@ -75,22 +75,17 @@ inline std::wstring UserKey(const std::wstring& sub = {})
     return sub.empty() ? BranchPath : BranchPath + L"\\" + sub;
 }
 
-inline void RegisterConfiguration(const wchar_t* product, const wchar_t* name,
-                                  const fs::path& folder)
+// --- registry values (keys of the current user are relative to the branch) ----
+inline void SetString(HKEY root, const std::wstring& key, const wchar_t* name,
+                      const std::wstring& value)
 {
-    const std::wstring key = UserKey(std::wstring(product) + L"\\Configurations");
-    const std::wstring value = folder.wstring() + L"\\";
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), name, REG_SZ, value.c_str(),
+    ASSERT_EQ(RegSetKeyValueW(root, key.c_str(), name, REG_SZ, value.c_str(),
                               DWORD((value.size() + 1) * sizeof(wchar_t))),
               ERROR_SUCCESS);
 }
-
-// --- registry values of the current user (key relative to the branch) ---------
 inline void WriteString(const std::wstring& key, const wchar_t* name, const std::wstring& value)
 {
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, REG_SZ, value.c_str(),
-                              DWORD((value.size() + 1) * sizeof(wchar_t))),
-              ERROR_SUCCESS);
+    SetString(HKEY_CURRENT_USER, UserKey(key), name, value);
 }
 inline void WriteDword(const std::wstring& key, const wchar_t* name, DWORD value)
 {
@@ -99,28 +94,51 @@ inline void WriteDword(const std::wstring& key, const wchar_t* name, DWORD value
               ERROR_SUCCESS);
 }
 // The string, or nothing when the value is absent or no string.
-inline std::optional<std::wstring> ReadString(const std::wstring& key, const wchar_t* name)
+inline std::optional<std::wstring> GetString(HKEY root, const std::wstring& key,
+                                             const wchar_t* name)
 {
     wchar_t buffer[4096] = {};
     DWORD size = sizeof buffer;
-    if (RegGetValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, RRF_RT_REG_SZ, nullptr, buffer,
-                     &size) != ERROR_SUCCESS)
+    if (RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer, &size) !=
+        ERROR_SUCCESS)
         return std::nullopt;
     return std::wstring(buffer);
 }
 // The DWORD, or -1 when the value is absent or no DWORD.
-inline long long ReadDword(const std::wstring& key, const wchar_t* name)
+inline long long GetDword(HKEY root, const std::wstring& key, const wchar_t* name)
 {
     DWORD value = 0, size = sizeof value;
-    if (RegGetValueW(HKEY_CURRENT_USER, UserKey(key).c_str(), name, RRF_RT_REG_DWORD, nullptr,
-                     &value, &size) != ERROR_SUCCESS)
+    if (RegGetValueW(root, key.c_str(), name, RRF_RT_REG_DWORD, nullptr, &value, &size) !=
+        ERROR_SUCCESS)
         return -1;
     return value;
+}
+inline bool KeyExists(HKEY root, const std::wstring& key)
+{
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(root, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(opened);
+    return true;
+}
+inline std::optional<std::wstring> ReadString(const std::wstring& key, const wchar_t* name)
+{
+    return GetString(HKEY_CURRENT_USER, UserKey(key), name);
+}
+inline long long ReadDword(const std::wstring& key, const wchar_t* name)
+{
+    return GetDword(HKEY_CURRENT_USER, UserKey(key), name);
 }
 // A DWORD of the application's "COMMON\PROMPTS" key, or -1 when it is absent.
 inline long long PromptValue(const wchar_t* name)
 {
     return ReadDword(L"COMMON\\PROMPTS", name);
+}
+
+inline void RegisterConfiguration(const wchar_t* product, const wchar_t* name,
+                                  const fs::path& folder)
+{
+    WriteString(std::wstring(product) + L"\\Configurations", name, folder.wstring() + L"\\");
 }
 
 // Brings the page of the tab named `tab` to the front and answers it: the
@@ -169,49 +187,39 @@ inline std::optional<std::wstring> SettingsValue(const fs::path& path, std::wstr
 {
     const std::string bytes = FileBytes(path);
     std::wstring text;
-    if (bytes.size() >= 2 && uint8_t(bytes[0]) == 0xFF && uint8_t(bytes[1]) == 0xFE)
+    if (bytes.compare(0, 2, "\xFF\xFE") == 0)
         text.assign(reinterpret_cast<const wchar_t*>(bytes.data() + 2), (bytes.size() - 2) / 2);
     else
     {
-        const bool utf8 = bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
-        const std::string body = utf8 ? bytes.substr(3) : bytes;
-        const UINT codePage = utf8 ? CP_UTF8 : CP_ACP;
+        const bool utf8 = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
+        const std::string body = bytes.substr(utf8 ? 3 : 0);
         text.resize(body.size());
-        text.resize(size_t(MultiByteToWideChar(codePage, 0, body.data(), int(body.size()),
-                                               text.data(), int(text.size()))));
+        text.resize(size_t(MultiByteToWideChar(utf8 ? CP_UTF8 : CP_ACP, 0, body.data(),
+                                               int(body.size()), text.data(), int(text.size()))));
     }
     auto same = [](std::wstring_view a, std::wstring_view b)
     {
-        return a.size() == b.size() && CompareStringOrdinal(a.data(), int(a.size()), b.data(),
-                                                            int(b.size()), TRUE) == CSTR_EQUAL;
+        return CompareStringOrdinal(a.data(), int(a.size()), b.data(), int(b.size()), TRUE) ==
+               CSTR_EQUAL;
     };
-    auto trim = [](std::wstring_view s)
-    {
-        const size_t first = s.find_first_not_of(L" \t");
-        if (first == std::wstring_view::npos)
-            return std::wstring();
-        return std::wstring(s.substr(first, s.find_last_not_of(L" \t") - first + 1));
-    };
+    std::wistringstream lines(text);
     bool inSection = false;
-    size_t at = 0;
-    while (at <= text.size())
+    for (std::wstring line; std::getline(lines, line);)
     {
-        size_t end = text.find(L'\n', at);
-        if (end == std::wstring::npos)
-            end = text.size();
-        std::wstring_view line(text.data() + at, end - at);
         if (!line.empty() && line.back() == L'\r')
-            line.remove_suffix(1);
-        at = end + 1;
-        if (!line.empty() && line.front() == L'[')
+            line.pop_back();
+        const std::wstring_view view(line);
+        const size_t equals = view.find(L'=');
+        if (!view.empty() && view.front() == L'[')
+            inSection = view.back() == L']' && same(view.substr(1, view.size() - 2), section);
+        else if (inSection && equals != view.npos && same(view.substr(0, equals), key))
         {
-            inSection = line.size() == section.size() + 2 && line.back() == L']' &&
-                        same(line.substr(1, section.size()), section);
-            continue;
+            const std::wstring_view value = view.substr(equals + 1);
+            const size_t first = value.find_first_not_of(L" \t");
+            if (first == value.npos)
+                return std::wstring();
+            return std::wstring(value.substr(first, value.find_last_not_of(L" \t") - first + 1));
         }
-        const size_t equals = line.find(L'=');
-        if (inSection && equals != std::wstring_view::npos && same(line.substr(0, equals), key))
-            return trim(line.substr(equals + 1));
     }
     return std::nullopt;
 }
@@ -266,7 +274,7 @@ protected:
     // with "-app=<product>" and `extra` (a language among them, see
     // PickerTitle) and confirms the picker; `dialog` is the configuration
     // dialog that opens.
-    TargetProcess OpenDemo(const wchar_t* product, HWND& dialog, const std::wstring& extra = {})
+    TargetProcess OpenDemo(const wchar_t* product, const std::wstring& extra = {})
     {
         demo = DemoCopy(L"Demo");
         RegisterConfiguration(product, L"Demo", demo);
@@ -276,7 +284,8 @@ protected:
         return editor;
     }
 
-    // The demo copy of the last OpenDemo.
+    // The demo copy and the dialog of the last OpenDemo.
     fs::path demo;
+    HWND dialog = nullptr;
 };
 } // namespace EditKelSession

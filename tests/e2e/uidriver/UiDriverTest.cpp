@@ -9,9 +9,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <functional>
+#include <iterator>
 #include <optional>
-#include <sstream>
 
 using namespace UiDriver;
 using namespace std::chrono_literals;
@@ -21,10 +21,7 @@ namespace
 
 const wchar_t Title[] = L"E2E Target";
 
-std::wstring TargetProgram()
-{
-    return WindowsPath(KEL_E2E_TARGET);
-}
+const std::wstring TargetProgram = WindowsPath(KEL_E2E_TARGET);
 
 std::wstring TestName()
 {
@@ -37,45 +34,26 @@ std::wstring ScreenshotPath(const std::wstring& name)
     return WindowsPath(KEL_SCREENSHOT_DIR) + L"\\uidriver-" + name + L".png";
 }
 
-std::wstring FullPath(const std::wstring& name)
-{
-    wchar_t path[MAX_PATH] = {};
-    GetFullPathNameW(name.c_str(), MAX_PATH, path, nullptr);
-    return path;
-}
-
 std::string ReadFile(const std::wstring& path)
 {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// The state file's lines as key -> value.
-std::map<std::string, std::string> ReadState(const std::wstring& path)
+// The action fails with an Error whose message holds each of `parts`.
+void ExpectFailure(const std::function<void()>& action, std::initializer_list<const char*> parts)
 {
-    std::map<std::string, std::string> state;
-    std::istringstream lines(ReadFile(path));
-    for (std::string line; std::getline(lines, line);)
-        if (size_t equals = line.find('='); equals != std::string::npos)
-            state[line.substr(0, equals)] = line.substr(equals + 1);
-    return state;
-}
-
-// What an Error says, for checking the message itself.
-template <class Action>
-std::string FailureOf(Action action)
-{
+    std::string message = "(no failure)";
     try
     {
         action();
     }
     catch (const Error& error)
     {
-        return error.what();
+        message = error.what();
     }
-    return "(no failure)";
+    for (const char* part : parts)
+        EXPECT_NE(message.find(part), std::string::npos) << message;
 }
 
 class TargetTest : public ::testing::Test
@@ -83,7 +61,7 @@ class TargetTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        stateFile_ = FullPath(L"uidriver-" + TestName() + L".state");
+        stateFile_ = std::filesystem::absolute(L"uidriver-" + TestName() + L".state").wstring();
         DeleteFileW(stateFile_.c_str());
         Launch();
     }
@@ -98,7 +76,7 @@ protected:
     void Launch()
     {
         target_.reset();
-        target_.emplace(TargetProcess::Start(TargetProgram(), L"\"" + stateFile_ + L"\""));
+        target_.emplace(TargetProcess::Start(TargetProgram, L"\"" + stateFile_ + L"\""));
         dialog_ = target_->WaitForWindow(Title);
     }
 
@@ -107,15 +85,8 @@ protected:
     // The status line shows the last notification the target received.
     void ExpectStatus(const std::wstring& expected) const
     {
-        std::wstring last;
-        WaitUntil(
-            [&]
-            {
-                last = Text(Item(IDC_STATUS));
-                return last == expected;
-            },
-            5s);
-        EXPECT_EQ(last, expected);
+        WaitUntil([&] { return Text(Item(IDC_STATUS)) == expected; }, 5s);
+        EXPECT_EQ(Text(Item(IDC_STATUS)), expected);
     }
 
     std::optional<TargetProcess> target_;
@@ -143,8 +114,7 @@ TEST_F(TargetTest, ReadsSelectsAndActivatesListRows)
     ExpectStatus(L"activated: Alpha");
     EXPECT_EQ(ListSelectedRows(list), std::vector<int>{0});
 
-    EXPECT_NE(FailureOf([&] { SelectListRow(list, 3); }).find("has no row 3 (it has 3)"),
-              std::string::npos);
+    ExpectFailure([&] { SelectListRow(list, 3); }, {"has no row 3 (it has 3)"});
 
     // The owner-drawn button adds a row.
     Press(Item(IDC_ADD));
@@ -172,10 +142,9 @@ TEST_F(TargetTest, TicksCheckBoxesAndChoosesComboItems)
     SelectComboItem(combo, 1);
     ExpectStatus(L"combo: Green");
     EXPECT_EQ(Text(combo), L"Green");
-    EXPECT_NE(FailureOf([&] { SelectComboItem(combo, L"Purple"); })
-                  .find("has no item 'Purple'; its items: 'Red', 'Green', 'Blue'"),
-              std::string::npos);
-    EXPECT_NE(FailureOf([&] { SelectComboItem(combo, 5); }).find("(it has 3)"), std::string::npos);
+    ExpectFailure([&] { SelectComboItem(combo, L"Purple"); },
+                  {"has no item 'Purple'; its items: 'Red', 'Green', 'Blue'"});
+    ExpectFailure([&] { SelectComboItem(combo, 5); }, {"(it has 3)"});
     EXPECT_EQ(ComboSelection(combo), 1);
 }
 
@@ -193,28 +162,22 @@ TEST_F(TargetTest, SetsTextOfAControlOnAPage)
 TEST_F(TargetTest, ReadsAndSetsTreeCheckMarks)
 {
     HWND tree = Item(IDC_TREE);
-    std::vector<TreeItem> items = TreeItems(tree);
-    ASSERT_EQ(items.size(), 4u);
-    const wchar_t* texts[] = {L"Features", L"Alpha", L"Beta", L"Gamma"};
-    const bool checked[] = {false, true, false, true};
-    for (size_t i = 0; i < items.size(); ++i)
-    {
-        EXPECT_EQ(items[i].text, texts[i]);
-        EXPECT_EQ(items[i].depth, i == 0 ? 0 : 1);
-        EXPECT_EQ(items[i].checked, checked[i]) << Utf8(texts[i]);
-    }
+    // "<depth><text><+ when checked, - when not>" of every item.
+    std::vector<std::wstring> items;
+    for (const TreeItem& item : TreeItems(tree))
+        items.push_back(std::to_wstring(item.depth) + item.text + (item.checked ? L"+" : L"-"));
+    EXPECT_EQ(items, (std::vector<std::wstring>{L"0Features-", L"1Alpha+", L"1Beta-", L"1Gamma+"}));
 
     SetTreeItemChecked(tree, FindTreeItem(tree, L"Beta").handle, true);
     SetTreeItemChecked(tree, FindTreeItem(tree, L"Alpha").handle, false);
     EXPECT_TRUE(FindTreeItem(tree, L"Beta").checked);
     EXPECT_FALSE(IsTreeItemChecked(tree, FindTreeItem(tree, L"Alpha").handle));
-    EXPECT_NE(FailureOf([&] { FindTreeItem(tree, L"Delta"); }).find("its items: 'Features'"),
-              std::string::npos);
+    ExpectFailure([&] { FindTreeItem(tree, L"Delta"); }, {"its items: 'Features'"});
 
     // The target itself reads the new marks when it closes.
     Press(Item(IDOK));
     target_->WaitForExit();
-    EXPECT_EQ(ReadState(stateFile_)["tree"], "Features:0,Alpha:0,Beta:1,Gamma:1");
+    EXPECT_EQ(ReadFile(stateFile_), "Features:0,Alpha:0,Beta:1,Gamma:1");
 }
 
 TEST_F(TargetTest, SwitchesTabsByClickAndByCtrlTab)
@@ -237,9 +200,7 @@ TEST_F(TargetTest, SwitchesTabsByClickAndByCtrlTab)
 
     ClickTab(tabs, L"Advanced");
     EXPECT_EQ(CurrentTab(tabs), 1);
-    EXPECT_NE(
-        FailureOf([&] { ClickTab(tabs, L"Colours"); }).find("its tabs: 'General', 'Advanced'"),
-        std::string::npos);
+    ExpectFailure([&] { ClickTab(tabs, L"Colours"); }, {"its tabs: 'General', 'Advanced'"});
 }
 
 TEST_F(TargetTest, FindsReadsAndAnswersAMessageBox)
@@ -256,23 +217,6 @@ TEST_F(TargetTest, FindsReadsAndAnswersAMessageBox)
     EXPECT_TRUE(IsWindowEnabled(dialog_));
 }
 
-TEST_F(TargetTest, OkReportsTheStateThroughExitCodeAndFile)
-{
-    SelectListRow(Item(IDC_LIST), 2);
-    SetChecked(Item(IDC_CHECK), true);
-    SelectComboItem(Item(IDC_COMBO), 1);
-    SetText(Item(IDC_EDIT), L"done");
-    ExpectStatus(L"edit: done");
-
-    Press(Item(IDOK));
-    EXPECT_EQ(target_->WaitForExit(), 3u * 100 + 10 + 1);
-    std::map<std::string, std::string> state = ReadState(stateFile_);
-    EXPECT_EQ(state["row"], "2");
-    EXPECT_EQ(state["check"], "1");
-    EXPECT_EQ(state["combo"], "Green");
-    EXPECT_EQ(state["edit"], "done");
-}
-
 TEST_F(TargetTest, EnterConfirmsAndEscapeCancels)
 {
     SelectListRow(Item(IDC_LIST), 0);
@@ -284,77 +228,55 @@ TEST_F(TargetTest, EnterConfirmsAndEscapeCancels)
     EXPECT_EQ(target_->WaitForExit(), static_cast<DWORD>(TARGET_CANCELLED));
 }
 
-// The PNG file's size from its header.
-std::pair<int, int> PngSize(const std::string& png)
-{
-    auto number = [&](size_t at)
-    {
-        return (static_cast<unsigned char>(png[at]) << 24) |
-               (static_cast<unsigned char>(png[at + 1]) << 16) |
-               (static_cast<unsigned char>(png[at + 2]) << 8) |
-               static_cast<unsigned char>(png[at + 3]);
-    };
-    return {number(16), number(20)};
-}
-
+// A PNG file of the window, or of the screen, as large as what it shows.
 TEST_F(TargetTest, SavesScreenshotsOfTheWindowAndTheScreen)
 {
-    const std::string signature = "\x89PNG\r\n\x1a\n";
-    std::wstring windowShot = ScreenshotPath(L"window");
-    DeleteFileW(windowShot.c_str());
-    SaveScreenshot(windowShot, dialog_);
-    std::string png = ReadFile(windowShot);
-    ASSERT_GT(png.size(), 1000u);
-    EXPECT_EQ(png.substr(0, 8), signature);
-    RECT rect{};
-    GetWindowRect(dialog_, &rect);
-    EXPECT_EQ(PngSize(png),
-              std::make_pair(int(rect.right - rect.left), int(rect.bottom - rect.top)));
-
-    std::wstring screenShot = ScreenshotPath(L"screen");
-    DeleteFileW(screenShot.c_str());
-    SaveScreenshot(screenShot);
-    png = ReadFile(screenShot);
-    ASSERT_GT(png.size(), 1000u);
-    EXPECT_EQ(PngSize(png),
-              std::make_pair(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)));
+    for (HWND window : {dialog_, HWND(nullptr)})
+    {
+        const std::wstring path = ScreenshotPath(window ? L"window" : L"screen");
+        SCOPED_TRACE(Utf8(path));
+        DeleteFileW(path.c_str());
+        SaveScreenshot(path, window);
+        const std::string png = ReadFile(path);
+        ASSERT_GT(png.size(), 1000u);
+        EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
+        // Width and height, big-endian, from the header.
+        auto number = [&](size_t at)
+        {
+            return int(uint8_t(png[at])) << 24 | int(uint8_t(png[at + 1])) << 16 |
+                   int(uint8_t(png[at + 2])) << 8 | int(uint8_t(png[at + 3]));
+        };
+        RECT rect{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+        if (window)
+            GetWindowRect(window, &rect);
+        EXPECT_EQ(number(16), rect.right - rect.left);
+        EXPECT_EQ(number(20), rect.bottom - rect.top);
+    }
 }
 
 TEST_F(TargetTest, FailuresSayWhatWasExpectedAndWhatWasFound)
 {
-    std::string missing = FailureOf([&] { target_->WaitForWindow(L"No Such Window", 1s); });
-    EXPECT_NE(missing.find("window 'No Such Window' of e2e_target.exe did not appear within 1 s; "
-                           "windows of the process: "),
-              std::string::npos)
-        << missing;
-    EXPECT_NE(missing.find("'E2E Target' (#32770, visible)"), std::string::npos) << missing;
-
-    std::string control = FailureOf([&] { Control(dialog_, 4242); });
-    EXPECT_NE(control.find("no control with id 4242 under 'E2E Target'"), std::string::npos)
-        << control;
-    EXPECT_NE(control.find("1003 Button 'Enabled'"), std::string::npos) << control;
-
-    EXPECT_NE(FailureOf([&] { target_->ExpectNoWindow(2s); }).find("showed a window"),
-              std::string::npos);
-
-    std::string overdue = FailureOf([&] { target_->WaitForExit(300ms); });
-    EXPECT_NE(overdue.find("did not end within 300 ms and was killed"), std::string::npos)
-        << overdue;
+    ExpectFailure([&] { target_->WaitForWindow(L"No Such Window", 1s); },
+                  {"window 'No Such Window' of e2e_target.exe did not appear within 1 s; "
+                   "windows of the process: ",
+                   "'E2E Target' (#32770, visible)"});
+    ExpectFailure([&] { Control(dialog_, 4242); },
+                  {"no control with id 4242 under 'E2E Target'", "1003 Button 'Enabled'"});
+    ExpectFailure([&] { target_->ExpectNoWindow(2s); }, {"showed a window"});
+    ExpectFailure([&] { target_->WaitForExit(300ms); },
+                  {"did not end within 300 ms and was killed"});
     EXPECT_FALSE(target_->IsRunning());
 }
 
 TEST(TargetProcessTest, WatchesAProgramThatShowsNoWindow)
 {
-    TargetProcess quiet = TargetProcess::Start(TargetProgram(), L"/quiet");
+    TargetProcess quiet = TargetProcess::Start(TargetProgram, L"/quiet");
     quiet.ExpectNoWindow(5s);
     EXPECT_EQ(quiet.WaitForExit(), static_cast<DWORD>(TARGET_QUIET));
-    EXPECT_NE(FailureOf([&] { quiet.WaitForWindow(Title, 1s); })
-                  .find("did not appear: the process ended with exit code 7"),
-              std::string::npos);
-
-    EXPECT_NE(FailureOf([] { TargetProcess::Start(L"C:\\no\\such\\program.exe"); })
-                  .find("cannot start \"C:\\no\\such\\program.exe\""),
-              std::string::npos);
+    ExpectFailure([&] { quiet.WaitForWindow(Title, 1s); },
+                  {"did not appear: the process ended with exit code 7"});
+    ExpectFailure([] { TargetProcess::Start(L"C:\\no\\such\\program.exe"); },
+                  {"cannot start \"C:\\no\\such\\program.exe\""});
 }
 
 } // namespace

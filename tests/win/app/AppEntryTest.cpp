@@ -43,7 +43,6 @@ TEST(AppEntry, ConstructionFillsFoldersAndInstallsItself)
         EXPECT_TRUE(app.ExecutableFolder() == ExecutableFolder());
         EXPECT_TRUE(app.ExecutableName() == u"win_app.exe");
         EXPECT_TRUE(app.GetTextByKind(3) == u"win_app.exe");
-        EXPECT_TRUE(app.GetTextByKind(6).SameAs(u"2023.0.0.F"));
         EXPECT_EQ(app.TempFolder().At(app.TempFolder().Length() - 1), u'/');
         EXPECT_NE(app.MouseWheelMessage(), 0u);
         EXPECT_NE(app.GradientFillEntry(), nullptr);
@@ -69,17 +68,6 @@ TEST(AppEntry, ConstructionFillsFoldersAndInstallsItself)
     EXPECT_EQ(GetAppServices(), nullptr);
 }
 
-TEST(AppEntry, OnlyAnAppEntryIsAnswered)
-{
-    AppInterface* base = new AppInterface();
-    EXPECT_EQ(SetApplication(base), nullptr);
-    EXPECT_EQ(GetApplication(), base);
-    EXPECT_EQ(GetAppEntry(), nullptr);
-    DestroyApplication();
-    EXPECT_EQ(GetApplication(), nullptr);
-    DestroyApplication(); // nothing left: no effect
-}
-
 TEST(AppEntry, LongCurrentDirectoryIsReadCompletely)
 {
     TempTree tree;
@@ -94,24 +82,6 @@ TEST(AppEntry, LongCurrentDirectoryIsReadCompletely)
     AppEntry app(GetModuleHandleW(nullptr));
     EXPECT_EQ(app.StartupFolder().Length(), deep.Length());
     EXPECT_TRUE(app.StartupFolder() == deep);
-}
-
-TEST(AppEntry, RegistryKeyPaths)
-{
-    AppEntry app(GetModuleHandleW(nullptr));
-    EXPECT_TRUE(app.GetRegistryKeyPath(u"Plotwise", false)
-                    .SameAs(u"HKEY_LOCAL_MACHINE\\Software\\Orvantix\\Plotwise\\"));
-    EXPECT_TRUE(
-        app.GetRegistryKeyPath(KelText(), true).SameAs(u"HKEY_CURRENT_USER\\Software\\Orvantix\\"));
-
-    KelText release = UniqueName(u"R");
-    ReleaseCleanup cleanup(release);
-    app.RegisterRelease(u"Plotwise", release, false);
-    EXPECT_TRUE(app.GetRegistryKeyPath(u"Plotwise", true)
-                    .SameAs(u"HKEY_CURRENT_USER\\Software\\Orvantix\\Brindlecove " + release +
-                            u"\\Plotwise\\"));
-    EXPECT_TRUE(app.SwitchKeyPath().SameAs(u"HKEY_CURRENT_USER\\Software\\Orvantix\\Brindlecove " +
-                                           release + u"\\COMMON\\PROMPTS"));
 }
 
 TEST(AppEntry, InstallPathOrder)
@@ -159,7 +129,7 @@ TEST(AppEntry, InstallPathOrder)
     EXPECT_TRUE(atExecutable.ResolveInstallPath(product, true).SameAs(machine));
 }
 
-TEST(AppEntry, RegisterReleaseCreatesDataFoldersAndFindsCloudInstall)
+TEST(AppEntry, RegisterReleaseSetsKeysAndDataFoldersAndFindsCloudInstall)
 {
     TempTree tree;
     KelText release = UniqueName(u"R");
@@ -176,6 +146,11 @@ TEST(AppEntry, RegisterReleaseCreatesDataFoldersAndFindsCloudInstall)
 
     CurrentDirectoryScope cwd(tree.Root());
     AppEntry app(GetModuleHandleW(nullptr));
+    // Before a release is registered: the branches of no release.
+    EXPECT_TRUE(app.GetRegistryKeyPath(u"Plotwise", false)
+                    .SameAs(u"HKEY_LOCAL_MACHINE\\Software\\Orvantix\\Plotwise\\"));
+    EXPECT_TRUE(
+        app.GetRegistryKeyPath(KelText(), true).SameAs(u"HKEY_CURRENT_USER\\Software\\Orvantix\\"));
     app.RegisterRelease(product, release, true);
 
     KelText relative = u"Orvantix/Brindlecove " + release + u"/";
@@ -187,6 +162,9 @@ TEST(AppEntry, RegisterReleaseCreatesDataFoldersAndFindsCloudInstall)
     EXPECT_TRUE(app.PathExists(app.RoamingProductFolder()));
     EXPECT_TRUE(app.SharedDocumentsFolder().SameAs(KnownFolder(46) + relative));
     EXPECT_TRUE(app.GetTextByKind(5).SameAs(release));
+    const KelText branch = u"HKEY_CURRENT_USER\\Software\\Orvantix\\Brindlecove " + release;
+    EXPECT_TRUE(app.GetRegistryKeyPath(product, true).SameAs(branch + u"\\" + product + u"\\"));
+    EXPECT_TRUE(app.SwitchKeyPath().SameAs(branch + u"\\COMMON\\PROMPTS"));
 
     EXPECT_TRUE(app.ProgramFolder().SameAs(installed));
     EXPECT_TRUE(app.IsCloudInstall());

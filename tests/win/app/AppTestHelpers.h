@@ -4,6 +4,8 @@
 // registry and folders while they run.
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 #include <vector>
 
 #include "framework/AppEntry.h"
@@ -76,6 +78,36 @@ public:
 private:
     KelText root;
 };
+
+// Plain writes and reads of registry values. GetString answers "<absent>"
+// ("<other type>" for a value that is no string); GetDword answers -1 when
+// absent, -2 for a value of another type.
+inline void PutString(const KelText& key, const KelText& name, const KelText& value)
+{
+    RegistryKey written;
+    ASSERT_TRUE(written.Create(key));
+    ASSERT_TRUE(written.WriteString(name, value));
+}
+inline void PutDword(const KelText& key, const KelText& name, uint32_t value)
+{
+    RegistryKey written;
+    ASSERT_TRUE(written.Create(key));
+    ASSERT_TRUE(written.WriteDword(name, value));
+}
+inline KelText GetString(const KelText& key, const KelText& name)
+{
+    KelText value;
+    const RegistryRead read = RegistryKey(key).ReadString(name, value);
+    if (read == RegistryRead::Ok)
+        return value;
+    return KelText(read == RegistryRead::OtherType ? u"<other type>" : u"<absent>");
+}
+inline int64_t GetDword(const KelText& key, const KelText& name)
+{
+    uint32_t value = 0;
+    const RegistryRead read = RegistryKey(key).ReadDword(name, value);
+    return read == RegistryRead::Ok ? int64_t(value) : read == RegistryRead::OtherType ? -2 : -1;
+}
 
 // Runs the current directory elsewhere for the lifetime of the object.
 class CurrentDirectoryScope

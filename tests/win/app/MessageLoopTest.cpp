@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "framework/Window.h"
-#include "tests/win/app/AppTestHelpers.h"
-#include "tests/win/support/RecordingInteraction.h"
+#include "tests/win/toolkit/ToolkitTestSupport.h"
 
 namespace
 {
@@ -24,48 +23,17 @@ HWND MakeWindow(HWND owner)
                            GetModuleHandleW(nullptr), nullptr);
 }
 
-// A thread timer that runs `action` once; the loop under test dispatches it.
-std::function<void()> pendingAction;
-void CALLBACK RunAction(HWND, UINT, UINT_PTR timer, DWORD)
-{
-    KillTimer(nullptr, timer);
-    auto action = std::move(pendingAction);
-    if (action)
-        action();
-}
-void After(UINT milliseconds, std::function<void()> action)
-{
-    pendingAction = std::move(action);
-    SetTimer(nullptr, 0, milliseconds, RunAction);
-}
-
-// Ends a loop that failed to end by itself, so that the test fails instead of hanging.
-constexpr WPARAM kGaveUp = 7777;
-void CALLBACK GiveUp(HWND, UINT, UINT_PTR, DWORD)
-{
-    PostQuitMessage(int(kGaveUp));
-}
-
-class MessageLoop : public ::testing::Test
+// An application object with its stand-in user, and nothing left in the
+// thread's queue from earlier tests.
+class MessageLoop : public ToolkitTest
 {
 protected:
-    MessageLoop() : app(GetModuleHandleW(nullptr), nullptr, nullptr, &user)
+    MessageLoop()
     {
-        safety = SetTimer(nullptr, 0, 5000, GiveUp);
         MSG drained;
         while (PeekMessageW(&drained, nullptr, 0, 0, PM_REMOVE))
             DispatchMessageW(&drained);
     }
-    ~MessageLoop() override
-    {
-        KillTimer(nullptr, safety);
-        MSG quit;
-        PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
-    }
-
-    RecordingInteraction user;
-    AppEntry app;
-    UINT_PTR safety = 0;
 };
 
 struct Recorder : IdleHandler
@@ -91,13 +59,13 @@ TEST_F(MessageLoop, ModalLoopEndsWhenItsWindowClosesAndReenablesTheOwner)
     HWND other = MakeWindow(nullptr);
     Window modal(MakeWindow(owner));
     bool ownerDisabledWhileModal = false;
-    After(20,
-          [&]
-          {
-              ownerDisabledWhileModal = !IsWindowEnabled(owner) && app.ModalCount() == 1;
-              DestroyWindow(modal.Handle());
-              app.EndModal(&modal);
-          });
+    AfterStart(
+        [&]
+        {
+            ownerDisabledWhileModal = !IsWindowEnabled(owner) && app.ModalCount() == 1;
+            DestroyWindow(modal.Handle());
+            app.EndModal(&modal);
+        });
 
     EXPECT_NE(app.RunMessageLoop(&modal), kGaveUp);
     EXPECT_TRUE(ownerDisabledWhileModal);
@@ -113,12 +81,12 @@ TEST_F(MessageLoop, ClosingAWindowBeneathEndsTheLoopsAboveIt)
     Window outer(MakeWindow(nullptr));
     Window inner(MakeWindow(outer.Handle()));
     WPARAM innerResult = 0;
-    After(20,
-          [&]
-          {
-              After(20, [&] { app.EndModal(&outer); });
-              innerResult = app.RunMessageLoop(&inner);
-          });
+    AfterStart(
+        [&]
+        {
+            AfterStart([&] { app.EndModal(&outer); });
+            innerResult = app.RunMessageLoop(&inner);
+        });
     EXPECT_NE(app.RunMessageLoop(&outer), kGaveUp);
     EXPECT_NE(innerResult, kGaveUp);
     EXPECT_EQ(app.ModalCount(), 0);

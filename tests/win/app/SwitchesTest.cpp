@@ -59,9 +59,7 @@ TEST_F(Switches, StoredStates)
     EXPECT_FALSE(app.SetSwitchShown(6, false));
 
     EXPECT_TRUE(app.SetSwitchShown(5, false));
-    uint32_t state = 9;
-    EXPECT_EQ(prompts.ReadDword(u"BadCostTables", state), RegistryRead::Ok);
-    EXPECT_EQ(state, 0u);
+    EXPECT_EQ(GetDword(app.SwitchKeyPath(), u"BadCostTables"), 0);
 }
 
 TEST_F(Switches, TickingTheCheckBoxSwitchesTheMessageOff)

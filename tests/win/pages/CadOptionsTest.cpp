@@ -33,11 +33,10 @@ TEST_F(CadOptionsPage, NothingStoredThenOkWritesOnlyTheAlwaysWrittenValues)
     EditCADOptions& page = OpenPage();
     EXPECT_EQ(DrawingRow(page), 2);
     EXPECT_EQ(SendMessageW(GetDlgItem(page.Handle(), kCadDrawingDatabase), CB_GETCOUNT, 0, 0), 3);
-    for (int id : {kCadUseIcons, kCadUseMenuGroup, kCadUseFirstPopup, kCadSkipMenuLoad,
-                   kCadKeepEstimatingOff, kCadSkipValidate, kCadButtonLoadReport})
-        EXPECT_FALSE(page.IsControlChecked(id)) << id;
-    for (int id : {kCadIconsFolder, kCadBrowse, kCadMenuGroup, kCadFirstPopup})
-        EXPECT_FALSE(page.IsControlEnabled(id)) << id;
+    EXPECT_EQ(Ticks(page, {kCadUseIcons, kCadUseMenuGroup, kCadUseFirstPopup, kCadSkipMenuLoad,
+                           kCadKeepEstimatingOff, kCadSkipValidate, kCadButtonLoadReport}),
+              "0000000");
+    EXPECT_EQ(Enabled(page, {kCadIconsFolder, kCadBrowse, kCadMenuGroup, kCadFirstPopup}), "0000");
 
     Ok();
     EXPECT_FALSE(DialogOpen());
@@ -61,16 +60,18 @@ TEST_F(CadOptionsPage, StoredValuesAndWhatOkKeeps)
 
     EditCADOptions& page = OpenPage();
     // The use boxes start cleared whatever was read; the texts still show.
-    EXPECT_FALSE(page.IsControlChecked(kCadUseIcons));
+    EXPECT_EQ(
+        Ticks(page, {kCadUseIcons, kCadSkipMenuLoad, kCadKeepEstimatingOff, kCadSkipValidate}),
+        "0111");
     EXPECT_TRUE(page.ControlText(kCadIconsFolder).SameAs(u"C:/Icons/"));
-    EXPECT_TRUE(page.IsControlChecked(kCadSkipMenuLoad));
-    EXPECT_TRUE(page.IsControlChecked(kCadKeepEstimatingOff));
-    EXPECT_TRUE(page.IsControlChecked(kCadSkipValidate));
     EXPECT_EQ(DrawingRow(page), 1);
 
-    // Keep the menu group only; clear the two switches; choose "No".
+    // Keep the menu group; a ticked box whose text is cleared deletes too;
+    // clear the two switches; choose "No".
     Click(page.Handle(), kCadUseMenuGroup);
     EXPECT_TRUE(page.IsControlEnabled(kCadMenuGroup));
+    Click(page.Handle(), kCadUseFirstPopup);
+    SetTextOf(GetDlgItem(page.Handle(), kCadFirstPopup), u"");
     Click(page.Handle(), kCadSkipMenuLoad);
     Click(page.Handle(), kCadKeepEstimatingOff);
     SendMessageW(GetDlgItem(page.Handle(), kCadDrawingDatabase), CB_SETCURSEL, 0, 0);

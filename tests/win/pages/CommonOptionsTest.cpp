@@ -61,15 +61,13 @@ TEST_F(CommonOptionsPage, NothingStoredShowsDefaultsAndOkWritesTheSwitches)
     UseSettings("[GENERAL]\r\nUNITS=MM\r\n");
     EditCommonOptions& page = OpenPage();
 
-    EXPECT_TRUE(page.IsControlChecked(kCommonCachePatterns));
-    for (int id : {kCommonVirtualFolders, kCommonFancyToolbars, kCommonRegionalCsv, kCommonNumpad,
-                   kCommonUseStartFolder, kCommonAutoLogin})
-        EXPECT_FALSE(page.IsControlChecked(id)) << id;
+    EXPECT_EQ(
+        Ticks(page, {kCommonCachePatterns, kCommonVirtualFolders, kCommonFancyToolbars,
+                     kCommonRegionalCsv, kCommonNumpad, kCommonUseStartFolder, kCommonAutoLogin}),
+        "1000000");
     EXPECT_TRUE(Language(page).SameAs(u"English"));
-    EXPECT_FALSE(page.IsControlEnabled(kCommonStartFolder));
-    EXPECT_FALSE(page.IsControlEnabled(kCommonBrowse));
     // Automatic login that is off cannot be switched on here.
-    EXPECT_FALSE(page.IsControlEnabled(kCommonAutoLogin));
+    EXPECT_EQ(Enabled(page, {kCommonStartFolder, kCommonBrowse, kCommonAutoLogin}), "000");
 
     Ok();
     EXPECT_FALSE(DialogOpen());
@@ -97,17 +95,14 @@ TEST_F(CommonOptionsPage, StoredValuesAreShownAndValuesOfTheWrongTypeReadAsAbsen
     PutString(Product(u"Login"), u"Auto Login", u"1");
 
     EditCommonOptions& page = OpenPage();
-    EXPECT_TRUE(page.IsControlChecked(kCommonVirtualFolders));
-    EXPECT_TRUE(page.IsControlChecked(kCommonCachePatterns));
-    EXPECT_TRUE(page.IsControlChecked(kCommonFancyToolbars));
-    EXPECT_FALSE(page.IsControlChecked(kCommonRegionalCsv));
-    EXPECT_TRUE(page.IsControlChecked(kCommonNumpad));
+    EXPECT_EQ(
+        Ticks(page, {kCommonVirtualFolders, kCommonCachePatterns, kCommonFancyToolbars,
+                     kCommonRegionalCsv, kCommonNumpad, kCommonUseStartFolder, kCommonAutoLogin}),
+        "1110101");
+    EXPECT_TRUE(page.IsControlEnabled(kCommonAutoLogin));
     // Without a dictionary only "English" is listed; another stored language
     // still shows.
     EXPECT_TRUE(Language(page).SameAs(u"deutsch"));
-    EXPECT_FALSE(page.IsControlChecked(kCommonUseStartFolder));
-    EXPECT_TRUE(page.IsControlChecked(kCommonAutoLogin));
-    EXPECT_TRUE(page.IsControlEnabled(kCommonAutoLogin));
 
     // Cancel writes nothing: the values of the wrong type stay as they were.
     Cancel();
@@ -231,14 +226,17 @@ TEST_F(CommonOptionsPage, BrowseStartsAtTheStartFolderOrTheSettingsFolder)
 // back as UTF-16 with every other line as it was.
 TEST_F(CommonOptionsPage, NumpadInEveryEncodingIsWrittenBackAsUtf16)
 {
-    const std::string lines = "; shop settings\r\n[GENERAL]\r\nNUMPAD=ON\r\nUNITS=MM\r\n";
-    const std::string utf16Bom = "\xFF\xFE";
-    std::string utf16 = utf16Bom;
-    for (char c : lines)
-        utf16 += std::string{c, '\0'};
-    for (const std::string& content : {lines, "\xEF\xBB\xBF" + lines, utf16})
+    auto utf16 = [](const std::string& text)
     {
-        UseSettings(content.c_str());
+        std::string wide = "\xFF\xFE";
+        for (char c : text)
+            wide += std::string{c, '\0'};
+        return wide;
+    };
+    const std::string lines = "; shop settings\r\n[GENERAL]\r\nNUMPAD=ON\r\nUNITS=MM\r\n";
+    for (const std::string& content : {lines, "\xEF\xBB\xBF" + lines, utf16(lines)})
+    {
+        UseSettings(nullptr);
         GetFileSystem().WriteBytes(settingsPath, content.data(), content.size());
         CommonOptionsValues values(u"Shopwise", u"KEL.INI");
         EXPECT_TRUE(values.SettingsPath().SameAs(settingsPath));
@@ -247,9 +245,6 @@ TEST_F(CommonOptionsPage, NumpadInEveryEncodingIsWrittenBackAsUtf16)
         values.numpad = 0;
         values.Save();
 
-        std::string expected = utf16Bom;
-        for (char c : std::string("; shop settings\r\n[GENERAL]\r\nNUMPAD=OFF\r\nUNITS=MM\r\n"))
-            expected += std::string{c, '\0'};
-        EXPECT_EQ(FileBytes(), expected);
+        EXPECT_EQ(FileBytes(), utf16("; shop settings\r\n[GENERAL]\r\nNUMPAD=OFF\r\nUNITS=MM\r\n"));
     }
 }

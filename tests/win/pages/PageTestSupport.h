@@ -7,9 +7,8 @@
 // real dialog, and plain reads of the registry and the settings file.
 #include <windows.h>
 
-#include <memory>
+#include <initializer_list>
 #include <string>
-#include <utility>
 
 #include "app/ProductTable.h"
 #include "app/SettingsContext.h"
@@ -67,7 +66,8 @@ protected:
     }
 
     // --- the registry (the current user's branches of the test's release) ------
-    // "<branch>\<product>\<sub>\" and "<branch>\<sub>\".
+    // "<branch>\<product>\<sub>\" and "<branch>\<sub>\"; their values are read
+    // and written with GetString, PutDword and the like.
     KelText ProductKey(const KelText& product, const KelText& sub = KelText()) const
     {
         return app.GetRegistryKeyPath(product, true) + (sub.IsEmpty() ? KelText() : sub + u"\\");
@@ -76,68 +76,28 @@ protected:
     {
         return app.GetRegistryKeyPath(KelText(), true) + (sub.IsEmpty() ? KelText() : sub + u"\\");
     }
-    static void PutString(const KelText& key, const KelText& name, const KelText& value)
-    {
-        RegistryKey written;
-        ASSERT_TRUE(written.Create(key));
-        ASSERT_TRUE(written.WriteString(name, value));
-    }
-    static void PutDword(const KelText& key, const KelText& name, uint32_t value)
-    {
-        RegistryKey written;
-        ASSERT_TRUE(written.Create(key));
-        ASSERT_TRUE(written.WriteDword(name, value));
-    }
-    // The string value, or "<absent>" ("<other type>" when it is no string).
-    static KelText GetString(const KelText& key, const KelText& name)
-    {
-        KelText value;
-        switch (RegistryKey(key).ReadString(name, value))
-        {
-        case RegistryRead::Ok:
-            return value;
-        case RegistryRead::OtherType:
-            return KelText(u"<other type>");
-        default:
-            return KelText(u"<absent>");
-        }
-    }
-    // The DWORD value, -1 when absent, -2 when of another type.
-    static int64_t GetDword(const KelText& key, const KelText& name)
-    {
-        uint32_t value = 0;
-        switch (RegistryKey(key).ReadDword(name, value))
-        {
-        case RegistryRead::Ok:
-            return value;
-        case RegistryRead::OtherType:
-            return -2;
-        default:
-            return -1;
-        }
-    }
 
-    // --- the dialog ------------------------------------------------------------
-    // Builds a dialog holding one page T(dialog, args...), shows it (modeless)
-    // and answers the page.
-    template <typename T, typename... Args>
-    T& Open(Args&&... args)
+    // --- the page (opened with ToolkitTest::Open) -----------------------------
+    // One letter per control of `ids`: "1" ticked, "0" clear; Enabled: "1"
+    // enabled, "0" disabled.
+    static std::string Ticks(const DialogFrame& page, std::initializer_list<int> ids)
     {
-        dialog = std::make_unique<StandardPropertyDialog>(nullptr, u"Pages", 0, 1, 0, KelText());
-        T* page = dialog->MakePage<T>(std::forward<Args>(args)...);
-        EXPECT_NE(page, nullptr);
-        dialog->Show(false);
-        return *page;
+        std::string state;
+        for (int id : ids)
+            state += page.IsControlChecked(id) ? '1' : '0';
+        return state;
     }
-    void Ok() { Click(dialog->Handle(), IDOK); }
-    void Cancel() { Click(dialog->Handle(), IDCANCEL); }
-    void Apply() { Click(dialog->Handle(), kPropertyApplyId); }
-    bool DialogOpen() const { return dialog && dialog->Exists(); }
+    static std::string Enabled(const DialogFrame& page, std::initializer_list<int> ids)
+    {
+        std::string state;
+        for (int id : ids)
+            state += page.IsControlEnabled(id) ? '1' : '0';
+        return state;
+    }
 
     KelText release;
     ReleaseCleanup cleanup;
     TempTree tree;
     KelText folder;
     KelText settingsPath;
-    std::unique_ptr<StandardPropertyDialog> dialog;
 };

@@ -120,7 +120,7 @@ TEST_F(ProgramPathsPage, BrowsedFolderReachesTheFileOnOkCancelledOneNothing)
     EXPECT_TRUE(SettingsValue(u"SCANNER", u"PORT").SameAs(u"COM3"));
 }
 
-TEST_F(ProgramPathsPage, UnwritableSettingsFileRefusesAndCancelKeepsIt)
+TEST_F(ProgramPathsPage, UnwritableSettingsFileRefusesAndKeepsTheChange)
 {
     ListView& list = OpenPage();
     const std::string before = FileBytes();
@@ -149,36 +149,32 @@ TEST_F(ProgramPathsPage, UnwritableSettingsFileRefusesAndCancelKeepsIt)
     }
     EXPECT_TRUE(list.ItemText(5, 1).SameAs(u"E:/Jobs/"));
 
-    Cancel();
     CloseHandle(lock);
     SetFileAttributesW(AsWide(settingsPath), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_FALSE(DialogOpen());
     EXPECT_EQ(FileBytes(), before);
+    // The change was kept: once the file is free, OK saves it and closes.
+    Ok();
+    EXPECT_FALSE(DialogOpen());
+    EXPECT_EQ(user.boxes.size(), 2u);
+    EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Project").SameAs(u"E:/Jobs/"));
 }
 
 TEST_F(ProgramPathsPage, WideningTheDialogWidensOnlyThePathColumn)
 {
     // Shopwise has rows enough for a vertical scroll bar.
     ListView& list = OpenPage(u"Shopwise", u"KEL.INI");
-    auto grow = [this](int dx, int dy)
-    {
-        RECT frame = {};
-        GetWindowRect(dialog->Handle(), &frame);
-        SetWindowPos(dialog->Handle(), nullptr, 0, 0, frame.right - frame.left + dx,
-                     frame.bottom - frame.top + dy, SWP_NOMOVE | SWP_NOZORDER);
-    };
     const int kindWidth = list.ColumnWidth(0);
     const int pathWidth = list.ColumnWidth(1);
     EXPECT_EQ(kindWidth + pathWidth, list.ClientRect().right);
     const RECT button = RectIn(GetDlgItem(page->Handle(), kPathBrowse), page->Handle());
 
-    grow(150, 0);
+    Grow(dialog->Handle(), 150, 0);
     EXPECT_EQ(list.ColumnWidth(0), kindWidth);
     EXPECT_EQ(list.ColumnWidth(1), pathWidth + 150);
     const RECT moved = RectIn(GetDlgItem(page->Handle(), kPathBrowse), page->Handle());
     EXPECT_EQ(moved.left, button.left + 150);
     EXPECT_EQ(moved.right - moved.left, button.right - button.left);
     // Taller, the list loses its scroll bar: the column still ends at its edge.
-    grow(0, 200);
+    Grow(dialog->Handle(), 0, 200);
     EXPECT_EQ(list.ColumnWidth(0) + list.ColumnWidth(1), list.ClientRect().right);
 }

@@ -20,9 +20,9 @@ TEST_F(TyxOptionsPage, MissingGeneralSectionReadsAsNoAndOkWritesAllFourKeys)
 {
     UseSettings("[OTHER]\r\nA=1\r\n", u"Cutwise");
     EditTyxOptions& page = OpenPage(u"Cutwise");
-    for (int id : {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc, kTyxUseCaption,
-                   kTyxUseHelpFile, kTyxHideWelcome})
-        EXPECT_FALSE(page.IsControlChecked(id)) << id;
+    EXPECT_EQ(Ticks(page, {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc, kTyxUseCaption,
+                           kTyxUseHelpFile, kTyxHideWelcome}),
+              "000000");
     EXPECT_TRUE(page.ControlText(kTyxSupport).IsEmpty());
     EXPECT_FALSE(page.IsControlEnabled(kTyxCaption));
 
@@ -59,20 +59,20 @@ TEST_F(TyxOptionsPage, ProductRules)
     };
     for (const Row& row : rows)
     {
+        SCOPED_TRACE(KelText(row.product).ToUtf8());
         UseSettings("[GENERAL]\r\n", row.product);
         PutDword(ProductKey(row.product), u"HideWelcomeScreen", 7);
         EditTyxOptions& page = OpenPage(row.product);
         EXPECT_TRUE(page.IsControlVisible(kTyxQuickFullEdit));
-        for (int id : {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc})
-            EXPECT_EQ(page.IsControlEnabled(id), row.permissions) << id;
+        EXPECT_EQ(Enabled(page, {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc}),
+                  row.permissions ? "111" : "000");
         EXPECT_EQ(page.IsControlEnabled(kTyxHideWelcome), row.welcomeEditable);
         EXPECT_TRUE(page.IsControlChecked(kTyxHideWelcome));
         if (row.welcomeEditable)
             Click(page.Handle(), kTyxHideWelcome); // off
         Ok();
         EXPECT_EQ(GetDword(ProductKey(row.product), u"HideWelcomeScreen"),
-                  row.welcomeStored ? 0 : 7)
-            << KelText(row.product).ToUtf8();
+                  row.welcomeStored ? 0 : 7);
     }
 }
 
@@ -118,9 +118,12 @@ TEST_F(TyxOptionsPage, UnwritableSettingsFileRefusesAndWritesNoRegistryValue)
     EXPECT_EQ(user.boxes[0].style & MB_ICONMASK, UINT(MB_ICONHAND));
     EXPECT_TRUE(GetString(ProductKey(u"Tallywise"), u"Caption").SameAs(u"<absent>"));
     EXPECT_EQ(GetDword(ProductKey(u"Tallywise"), u"HideWelcomeScreen"), -1);
-    Cancel();
     CloseHandle(lock);
     EXPECT_EQ(FileBytes(), before);
+    // Once the file is free, OK saves everything and closes.
+    Ok();
+    EXPECT_FALSE(DialogOpen());
+    EXPECT_TRUE(GetString(ProductKey(u"Tallywise"), u"Caption").SameAs(u"Tally"));
 }
 
 TEST_F(TyxOptionsPage, OddSwitchTextsAndValuesOfTheWrongType)
@@ -130,11 +133,9 @@ TEST_F(TyxOptionsPage, OddSwitchTextsAndValuesOfTheWrongType)
     PutDword(ProductKey(u"Cutwise"), u"Caption", 5);
     PutString(ProductKey(u"Cutwise"), u"HideWelcomeScreen", u"1");
     EditTyxOptions& page = OpenPage(u"Cutwise");
-    EXPECT_TRUE(page.IsControlChecked(kTyxQuickFullEdit));
-    EXPECT_TRUE(page.IsControlChecked(kTyxCanEditCats));
-    EXPECT_FALSE(page.IsControlChecked(kTyxPrintWithNonc));
-    EXPECT_FALSE(page.IsControlChecked(kTyxUseCaption));
-    EXPECT_FALSE(page.IsControlChecked(kTyxHideWelcome));
+    EXPECT_EQ(Ticks(page, {kTyxQuickFullEdit, kTyxCanEditCats, kTyxPrintWithNonc, kTyxUseCaption,
+                           kTyxHideWelcome}),
+              "11000");
     Ok();
     EXPECT_TRUE(SettingsValue(u"GENERAL", u"QUICKFULLEDIT").SameAs(u"YES"));
     EXPECT_TRUE(SettingsValue(u"GENERAL", u"CANEDITCATS").SameAs(u"YES"));

@@ -13,13 +13,6 @@ const int32_t* Plotwise()
     return FindProductDescriptor(u"Plotwise");
 }
 
-void SetString(const KelText& key, const char16_t* name, const KelText& value)
-{
-    RegistryKey registry;
-    ASSERT_TRUE(registry.Create(key));
-    ASSERT_TRUE(registry.WriteString(name, value));
-}
-
 int32_t Locate(StartupFixture& env, int32_t alwaysPick, int32_t create = 0,
                const char16_t* name = nullptr, const char16_t* fileName = u"KEL.INI")
 {
@@ -32,7 +25,7 @@ TEST(LocateConfiguration, StartFolderStandsWhenThePickerIsCancelled)
 {
     StartupFixture env;
     const KelText start = env.ConfigFolder(u"start");
-    SetString(env.UserKey(), u"StartIn", WithBackslashes(start));
+    PutString(env.UserKey(), u"StartIn", WithBackslashes(start));
     env.user.AnswerChoice(-1);
 
     ASSERT_EQ(Locate(env, 1), 1);
@@ -45,7 +38,7 @@ TEST(LocateConfiguration, StartFolderStandsWhenThePickerIsCancelled)
 TEST(LocateConfiguration, AltIgnoresTheStartFolder)
 {
     StartupFixture env;
-    SetString(env.UserKey(), u"StartIn", env.ConfigFolder(u"start"));
+    PutString(env.UserKey(), u"StartIn", env.ConfigFolder(u"start"));
     env.user.PressKey(VK_MENU);
     env.user.AnswerChoice(-1);
 
@@ -66,9 +59,9 @@ TEST(LocateConfiguration, CandidatesFromRegistryAndSharedDocuments)
     GetFileSystem().WriteBytes(shared + u"KEL.INI", "", 0);
     CreateFolderPath(env.app.SharedDocumentsFolder() + u"Empty/"); // holds no settings file
 
-    SetString(env.UserKey(u"Configurations"), u"Alpha", WithBackslashes(alpha));
-    SetString(env.UserKey(u"Configurations"), u"Gone", env.tree.Folder(u"gone"));
-    SetString(env.MachineKey(u"Configurations"), u"Same as Beta", shared);
+    PutString(env.UserKey(u"Configurations"), u"Alpha", WithBackslashes(alpha));
+    PutString(env.UserKey(u"Configurations"), u"Gone", env.tree.Folder(u"gone"));
+    PutString(env.MachineKey(u"Configurations"), u"Same as Beta", shared);
 
     const std::vector<ConfigCandidate> found =
         GatherConfigurations(env.app, env.product, u"KEL.INI");
@@ -94,7 +87,7 @@ TEST(LocateConfiguration, CandidatesFromRegistryAndSharedDocuments)
 TEST(LocateConfiguration, ShiftAndCtrlForceThePicker)
 {
     StartupFixture env;
-    SetString(env.UserKey(u"Configurations"), u"Only", env.ConfigFolder(u"only"));
+    PutString(env.UserKey(u"Configurations"), u"Only", env.ConfigFolder(u"only"));
 
     // One candidate and no need to pick: taken without asking.
     ASSERT_EQ(Locate(env, 0), 1);

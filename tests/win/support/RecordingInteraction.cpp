@@ -1,7 +1,5 @@
 #include "tests/win/support/RecordingInteraction.h"
 
-#include "framework/AppInterface.h"
-
 int32_t RecordingInteraction::ShowMessageBox(HWND owner, const KelText& text,
                                              const KelText& caption, uint32_t style,
                                              uint32_t switchCode, const KelText& checkLabel,
@@ -39,7 +37,6 @@ bool RecordingInteraction::BrowseForFolder(HWND owner, const KelText& title,
 
 bool RecordingInteraction::IsKeyDown(int virtualKey)
 {
-    keyQueries.push_back(virtualKey);
     return keysDown.count(virtualKey) != 0;
 }
 
@@ -51,14 +48,4 @@ int32_t RecordingInteraction::ChooseModal(const KelText& purpose, const std::fun
     int32_t row = choiceAnswers.front();
     choiceAnswers.pop_front();
     return row;
-}
-
-ScopedInteraction::ScopedInteraction(AppInterface& application, AppInteraction& interaction)
-    : app(application), previous(application.SetInteraction(&interaction))
-{
-}
-
-ScopedInteraction::~ScopedInteraction()
-{
-    app.SetInteraction(previous);
 }

@@ -11,8 +11,6 @@
 #include "framework/AppInteraction.h"
 #include "text/KelText.h"
 
-class AppInterface;
-
 // A stand-in for the user in in-process tests: answers every modal
 // interaction from a script and records what would have been shown. Unscripted
 // message boxes answer their default button, unscripted folder browsers and
@@ -62,7 +60,6 @@ public:
     std::vector<Box> boxes;
     std::vector<AlertShown> alerts;
     std::vector<BrowseShown> browses;
-    std::vector<int> keyQueries;
     std::vector<KelText> choices;
 
     // --- AppInteraction -----------------------------------------------------
@@ -80,19 +77,4 @@ private:
     std::deque<std::optional<KelText>> browseAnswers;
     std::deque<int32_t> choiceAnswers;
     std::set<int> keysDown;
-};
-
-// Installs a RecordingInteraction on an application object for the lifetime
-// of the object and puts the previous one back afterwards.
-class ScopedInteraction
-{
-public:
-    ScopedInteraction(AppInterface& app, AppInteraction& interaction);
-    ~ScopedInteraction();
-    ScopedInteraction(const ScopedInteraction&) = delete;
-    ScopedInteraction& operator=(const ScopedInteraction&) = delete;
-
-private:
-    AppInterface& app;
-    AppInteraction* previous;
 };

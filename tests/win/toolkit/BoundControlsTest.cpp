@@ -26,19 +26,13 @@ public:
     KelText choice = u"beta";
 };
 
-class BoundControls : public ToolkitTest
-{
-};
-class Modal : public ToolkitTest
-{
-};
+using BoundControls = ToolkitTest;
+using Modal = ToolkitTest;
 } // namespace
 
 TEST_F(BoundControls, OnlyWhatTheUserChangedIsWritten)
 {
-    StandardPropertyDialog dialog(nullptr, u"Bound", 0, 1, 0, KelText());
-    auto* page = dialog.MakePage<BoundPage>();
-    ASSERT_EQ(dialog.Show(false), 1);
+    BoundPage* page = &Open<BoundPage>();
     HWND check = GetDlgItem(page->Handle(), kCheckId);
     HWND combo = GetDlgItem(page->Handle(), kComboId);
     EXPECT_EQ(SendMessageW(check, BM_GETCHECK, 0, 0), BST_UNCHECKED);
@@ -46,20 +40,20 @@ TEST_F(BoundControls, OnlyWhatTheUserChangedIsWritten)
 
     // Only the edit changes: the flag keeps its 2, the choice its spelling.
     SetTextOf(GetDlgItem(page->Handle(), kEditId), u"edited");
-    Click(dialog.Handle(), kPropertyApplyId);
+    Apply();
     EXPECT_EQ(page->flag, 2);
     EXPECT_TRUE(page->choice.SameAs(u"beta"));
     EXPECT_TRUE(page->text.SameAs(u"edited"));
 
     SendMessageW(combo, CB_SETCURSEL, 2, 0);
     Tick(check, true);
-    Click(dialog.Handle(), kPropertyApplyId);
+    Apply();
     EXPECT_TRUE(page->choice.SameAs(u"Gamma"));
     EXPECT_EQ(page->flag, 1);
     Tick(check, false);
-    Click(dialog.Handle(), IDOK);
+    Ok();
     EXPECT_EQ(page->flag, 0);
-    EXPECT_FALSE(dialog.Exists());
+    EXPECT_FALSE(dialog->Exists());
 }
 
 TEST_F(BoundControls, EmptyDialogAndPageWithoutBindingsAccept)
@@ -71,9 +65,7 @@ TEST_F(BoundControls, EmptyDialogAndPageWithoutBindingsAccept)
     EXPECT_FALSE(empty.Exists());
     EXPECT_TRUE(empty.IsApplied());
 
-    StandardPropertyDialog dialog(nullptr, u"Plain", 0, 1, 0, KelText());
-    auto* plain = dialog.MakePage<PropertyPage>(kSecondPage, u"Plain");
-    ASSERT_EQ(dialog.Show(false), 1);
+    PropertyPage* plain = &Open<PropertyPage>(kSecondPage, u"Plain");
     EXPECT_FALSE(plain->IsApplied());
     EXPECT_EQ(plain->ApplyPage(0, kApplyConfirm, 0), 0);
     EXPECT_TRUE(plain->IsApplied());
@@ -86,7 +78,7 @@ TEST_F(Modal, EnterConfirmsAndADestroyedDialogLeavesTheModalStack)
     ASSERT_EQ(owner.Show(false), 1);
 
     // Enter in a page's edit presses the default button, OK.
-    auto dialog = std::make_unique<StandardPropertyDialog>(&owner, u"Modal", 0, 1, 0, KelText());
+    dialog = std::make_unique<StandardPropertyDialog>(&owner, u"Modal", 0, 1, 0, KelText());
     auto* page = dialog->MakePage<CountingPage>(kSecondPage, u"Page");
     bool ownerDisabled = false;
     AfterStart(

@@ -12,12 +12,3 @@
 #define kButtonId 104
 #define kComboId 105
 #define kPlainId 106
-
-// The page of the field-table tests (kFieldPage).
-#define kFieldPage 30004
-#define kUseFolderId 110
-#define kFolderId 111
-#define kFolderBrowseId 112
-#define kCacheId 113
-#define kDrawingId 114
-#define kNumpadId 115

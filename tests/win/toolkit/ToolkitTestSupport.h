@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <utility>
 
 #include "framework/AppEntry.h"
 #include "framework/FrameworkResources.h"
@@ -50,35 +52,12 @@ public:
 };
 
 // Ends a modal loop that failed to end by itself, so that the test fails
-// instead of hanging.
+// instead of hanging; the loop answers kGaveUp.
+constexpr WPARAM kGaveUp = 7777;
 inline void CALLBACK GiveUp(HWND, UINT, UINT_PTR, DWORD)
 {
-    PostQuitMessage(1);
+    PostQuitMessage(int(kGaveUp));
 }
-
-// The application object of a test, installed as the process's one, with a
-// recording stand-in for the user.
-class ToolkitTest : public ::testing::Test
-{
-protected:
-    ToolkitTest() : app(GetModuleHandleW(nullptr), nullptr, nullptr, &user)
-    {
-        previous = SetApplication(&app);
-        safety = SetTimer(nullptr, 0, 10000, GiveUp);
-    }
-    ~ToolkitTest() override
-    {
-        KillTimer(nullptr, safety);
-        MSG quit;
-        PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
-        SetApplication(previous);
-    }
-
-    RecordingInteraction user;
-    AppEntry app;
-    AppInterface* previous = nullptr;
-    UINT_PTR safety = 0;
-};
 
 inline KelText TextOf(HWND window)
 {
@@ -120,6 +99,15 @@ inline RECT RectIn(HWND window, HWND parent)
     return rect;
 }
 
+// Makes a window wider by dx and taller by dy, as a user's drag would.
+inline void Grow(HWND window, int dx, int dy)
+{
+    RECT frame = {};
+    GetWindowRect(window, &frame);
+    SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left + dx,
+                 frame.bottom - frame.top + dy, SWP_NOMOVE | SWP_NOZORDER);
+}
+
 // Runs an action from the message loop of a modal window (a thread timer).
 inline std::function<void()>& PendingAction()
 {
@@ -138,3 +126,44 @@ inline void AfterStart(std::function<void()> action)
     PendingAction() = std::move(action);
     SetTimer(nullptr, 0, 30, RunPendingAction);
 }
+
+// The application object of a test, installed as the process's one, with a
+// recording stand-in for the user, and a dialog to hold a page under test.
+class ToolkitTest : public ::testing::Test
+{
+protected:
+    ToolkitTest() : app(GetModuleHandleW(nullptr), nullptr, nullptr, &user)
+    {
+        previous = SetApplication(&app);
+        safety = SetTimer(nullptr, 0, 10000, GiveUp);
+    }
+    ~ToolkitTest() override
+    {
+        KillTimer(nullptr, safety);
+        MSG quit;
+        PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
+        SetApplication(previous);
+    }
+
+    // Builds a dialog holding one page T(dialog, args...), shows it (modeless)
+    // and answers the page.
+    template <typename T, typename... Args>
+    T& Open(Args&&... args)
+    {
+        dialog = std::make_unique<StandardPropertyDialog>(nullptr, u"Pages", 0, 1, 0, KelText());
+        T* page = dialog->MakePage<T>(std::forward<Args>(args)...);
+        EXPECT_NE(page, nullptr);
+        EXPECT_EQ(dialog->Show(false), 1);
+        return *page;
+    }
+    void Ok() { Click(dialog->Handle(), IDOK); }
+    void Cancel() { Click(dialog->Handle(), IDCANCEL); }
+    void Apply() { Click(dialog->Handle(), kPropertyApplyId); }
+    bool DialogOpen() const { return dialog && dialog->Exists(); }
+
+    RecordingInteraction user;
+    AppEntry app;
+    AppInterface* previous = nullptr;
+    UINT_PTR safety = 0;
+    std::unique_ptr<StandardPropertyDialog> dialog;
+};
