@@ -17,43 +17,12 @@
 #include <string>
 
 #include "settings/iniFile.h"
+#include "tests/core/CoreTestSupport.h"
 #include "text/FileSystem.h"
 
 namespace
 {
 const char16_t* const kPath = u"fuzz.ini";
-
-class MemoryFiles : public FileSystem
-{
-public:
-    bool ReadBytes(const KelText& path, std::string& bytes) override
-    {
-        const auto found = files.find(std::u16string(path.View()));
-        bytes = found == files.end() ? std::string() : found->second;
-        return found != files.end();
-    }
-    bool WriteBytes(const KelText& path, const void* data, size_t size) override
-    {
-        std::string& file = files[std::u16string(path.View())];
-        file.assign(static_cast<const char*>(data), failNextWrite ? size / 2 : size);
-        const bool ok = !failNextWrite;
-        failNextWrite = false;
-        return ok;
-    }
-    bool Exists(const KelText& path) override { return files.count(std::u16string(path.View())); }
-    // Files read piece by piece come in pieces of at most `piece` bytes.
-    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
-    {
-        std::string bytes;
-        if (!ReadBytes(path, bytes))
-            return nullptr;
-        return std::make_unique<MemoryReader>(std::move(bytes), piece);
-    }
-
-    std::map<std::u16string, std::string> files;
-    bool failNextWrite = false;
-    size_t piece = SIZE_MAX;
-};
 
 #define Check(condition) CheckThat(condition, #condition)
 
@@ -134,9 +103,7 @@ void CheckIndex(const iniLines& lines, const KelText (&names)[6])
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static MemoryFiles files;
-    static const bool installed = (SetFileSystem(&files), true);
-    (void)installed;
+    static MemoryFiles files; // installed for the life of the process
     files.files.clear();
 
     // A flags byte, six names, the choice of names for each entry, then the file.
