@@ -350,13 +350,7 @@ void iniLines::Assign(std::unique_ptr<char16_t[]> text, size_t size)
         line->next = line + 1;
         if (*start == u'[')
         {
-            NewSegment(line);
-            current = int32_t(segments.size()) - 1;
-            if (IsHeader(*line))
-                Enter(
-                    headers, HashFolded(line->View()), line,
-                    [line](const iniLine& other) { return SameFolded(other.View(), line->View()); },
-                    false);
+            current = OpenSegment(line);
         }
         line->segment = current;
         ++line;
@@ -408,6 +402,16 @@ iniLines::Segment* iniLines::NewSegment(iniLine* header) const
     return segments.back().get();
 }
 
+int32_t iniLines::OpenSegment(iniLine* line) const
+{
+    NewSegment(line);
+    if (IsHeader(*line))
+        Enter(
+            headers, HashFolded(line->View()), line,
+            [line](const iniLine& other) { return SameFolded(other.View(), line->View()); }, false);
+    return int32_t(segments.size()) - 1;
+}
+
 iniLines::Segment* iniLines::SegmentOf(const iniLine* line) const
 {
     return line && line->segment >= 0 ? segments[size_t(line->segment)].get() : nullptr;
@@ -428,13 +432,7 @@ void iniLines::BuildIndex() const
     {
         if (line->IsBoundary())
         {
-            NewSegment(line);
-            current = int32_t(segments.size()) - 1;
-            if (IsHeader(*line))
-                Enter(
-                    headers, HashFolded(line->View()), line,
-                    [line](const iniLine& other) { return SameFolded(other.View(), line->View()); },
-                    false);
+            current = OpenSegment(line);
         }
         line->segment = current;
     }

@@ -111,6 +111,10 @@ private:
     void BuildIndex() const;
     // A new segment started by header; its number is the last in segments.
     Segment* NewSegment(iniLine* header) const;
+    // Starts a segment at a line that begins with "[" while the index is
+    // built, and indexes it as a section header when it is one; answers the
+    // segment's number.
+    int32_t OpenSegment(iniLine* line) const;
     Segment* SegmentOf(const iniLine* line) const;
     void BuildKeys(Segment& segment) const;
     static void Forget(Segment& segment);
