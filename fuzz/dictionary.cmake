@@ -12,7 +12,7 @@ function(kel_add_dictionary_fuzzer)
         target_link_libraries(fuzz_dictionary PRIVATE keltext_fuzz)
     else()
         # No instrumented copy of the text library: build its sources in here.
-        file(GLOB text_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/text/*.cpp)
+        file(GLOB text_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/text/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
         list(FILTER text_sources EXCLUDE REGEX "Win\\.cpp$")
         target_sources(fuzz_dictionary PRIVATE ${text_sources})
         target_include_directories(fuzz_dictionary PRIVATE ${PROJECT_SOURCE_DIR})

@@ -13,7 +13,7 @@ function(kel_add_settings_fuzzer)
         target_link_libraries(fuzz_settings PRIVATE keltext_fuzz)
     else()
         # No instrumented copy of the text library: build its sources in here.
-        file(GLOB text_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/text/*.cpp)
+        file(GLOB text_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/text/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
         list(FILTER text_sources EXCLUDE REGEX "Win\\.cpp$")
         target_sources(fuzz_settings PRIVATE ${text_sources})
     endif()

@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
 #include "text/AppServices.h"
-#include "text/CodePage.h"
-#include "text/FileSystem.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 
@@ -192,53 +192,22 @@ void iniFile::Clear()
 
 int32_t iniFile::Load()
 {
-    return LoadFrom(nullptr);
-}
-
-int32_t iniFile::LoadFrom(std::string* keep)
-{
-    if (keep)
-        keep->clear();
     if (path.IsEmpty())
         return 0;
     Clear();
     Decoder decoder;
-    if (keep)
-    {
-        // The bytes are wanted whole (to put back should a write fail).
-        if (!GetFileSystem().ReadBytes(path, *keep))
-            return 0;
-        size_t at = 0;
-        auto read = [keep, &at](char* into, size_t wanted)
-        {
-            const size_t count = std::min(wanted, keep->size() - at);
-            std::memcpy(into, keep->data() + at, count);
-            at += count;
-            return count;
-        };
-        if (!decoder.Run(read, keep->size()))
-            return 0;
-    }
-    else
-    {
-        const std::unique_ptr<FileReader> reader = GetFileSystem().OpenReader(path);
-        if (!reader)
-            return 0;
-        auto read = [&reader](char* into, size_t wanted) { return reader->Read(into, wanted); };
-        if (!decoder.Run(read, reader->Size()) || reader->Failed())
-            return 0;
-    }
+    const std::unique_ptr<FileReader> reader = GetFileSystem().OpenReader(path);
+    if (!reader)
+        return 0;
+    auto read = [&reader](char* into, size_t wanted) { return reader->Read(into, wanted); };
+    if (!decoder.Run(read, reader->Size()) || reader->Failed())
+        return 0;
     lines.Assign(std::move(decoder.units), decoder.count);
     loaded = 1;
     return 1;
 }
 
 int32_t iniFile::Save(int32_t report)
-{
-    return SaveOver(nullptr, report);
-}
-
-int32_t iniFile::SaveOver(const std::string* previous, int32_t report)
 {
     if (path.IsEmpty())
         return 0;
@@ -271,24 +240,10 @@ int32_t iniFile::SaveOver(const std::string* previous, int32_t report)
         for (char16_t* unit = content.get(); unit != out; ++unit)
             *unit = char16_t((*unit >> 8) | (*unit << 8));
 
-    // Written in one operation; on failure the previous content is put back.
-    FileSystem& files = GetFileSystem();
-    bool existed = true;
-    std::string readNow;
-    if (!previous)
-    {
-        existed = files.Exists(path);
-        if (existed && !files.ReadBytes(path, readNow))
-        {
-            ReportWriteFailure(report); // what would be lost cannot be saved first
-            return 0;
-        }
-        previous = &readNow;
-    }
-    if (files.WriteBytes(path, content.get(), total * sizeof(char16_t)))
+    // The file system's one write: the file holds either its previous or the
+    // new content, whatever happens during the write.
+    if (GetFileSystem().WriteBytes(path, content.get(), total * sizeof(char16_t)))
         return 1;
-    if (existed || files.Exists(path))
-        files.WriteBytes(path, previous->data(), previous->size());
     ReportWriteFailure(report);
     return 0;
 }
@@ -335,13 +290,20 @@ int32_t iniFile::WriteAll(const char16_t* section, const char16_t* key, int32_t 
 
 int32_t iniFile::SaveEntries(const char16_t* section, const char16_t* key, int32_t report)
 {
-    // The bytes just read are the content to put back should the write fail.
-    std::string previous;
-    bool known = false;
+    // Read, change and write under the file's update lock, so that a save of
+    // another program of ours cannot come between the read and the write and
+    // have its lines lost.
+    const FileLock lock = GetFileSystem().Lock(path);
+    if (!lock.Held())
+    {
+        ReportWriteFailure(report);
+        Clear();
+        return 0;
+    }
     if (!loaded)
     {
-        known = LoadFrom(&previous) != 0;
-        if (!known)
+        loaded = Load();
+        if (!loaded)
         {
             if (!path.IsEmpty() && GetFileSystem().Exists(path))
             {
@@ -360,7 +322,7 @@ int32_t iniFile::SaveEntries(const char16_t* section, const char16_t* key, int32
     for (int32_t i = entries.Count() - 1; i >= 0; --i)
         if (iniStruct* entry = entries[i]; Matches(*entry, section, key))
             entry->Write(lines);
-    const int32_t saved = SaveOver(known ? &previous : nullptr, report);
+    const int32_t saved = Save(report);
     Clear();
     return saved;
 }

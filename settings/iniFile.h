@@ -39,12 +39,14 @@
 // any length are written whole. A line feed inside a line (which no line read
 // from a file holds, but a value set by the program may) is written as a
 // blank, so that every line of the document stays one line of the file. The new content is built in
-// memory and written in one operation; when that write fails, the previous content is put back (a
-// file that did not exist is left empty), and with report set the user is shown dictionary text 240
-// with the path. The previous content is read before the write; when the file exists but cannot be
-// read, nothing is written (the same failure). WriteAll on a file that exists but cannot be read
-// does not start from an empty document, which would lose the file's contents: it writes nothing
-// and reports the same failure.
+// memory and written through the file system's one write, which replaces the file in one step: the
+// file holds its previous or its new content whatever happens, a read-only file is refused, and a
+// failed write leaves the previous content (and no new file). On failure, with report set, the user
+// is shown dictionary text 240 with the path. WriteAll and SaveEntries read, change and write under
+// the file's update lock (see FileSystem::Lock), so that two programs of ours saving the same file
+// keep each other's lines; a lock that stays taken past the wait is the same failure. WriteAll on a
+// file that exists but cannot be read does not start from an empty document, which would lose the
+// file's contents: it writes nothing and reports the same failure.
 class iniFile
 {
 public:
@@ -104,11 +106,6 @@ public:
     iniLines lines;
 
 private:
-    // Load, leaving the file's bytes in *keep when it is not null.
-    int32_t LoadFrom(std::string* keep);
-    // Save; previous is the file's current content when the caller has just
-    // read it (null: read it here).
-    int32_t SaveOver(const std::string* previous, int32_t report);
     bool Matches(const iniStruct& entry, const char16_t* section, const char16_t* key) const;
     void ReportWriteFailure(int32_t report) const;
 };

@@ -7,8 +7,8 @@
 #include <emmintrin.h>
 #endif
 
-#include "text/CodePage.h"
-#include "text/FileSystem.h"
+#include "platform/CodePage.h"
+#include "platform/FileSystem.h"
 #include "text/KelText.h"
 
 static_assert(std::endian::native == std::endian::little,
@@ -611,12 +611,7 @@ bool Archive::SaveFile(const KelText& path)
     Finish();
     if (!ok)
         return false;
-    FileSystem& files = GetFileSystem();
-    std::string previous;
-    const bool hadFile = files.Exists(path) && files.ReadBytes(path, previous);
-    if (files.WriteBytes(path, data.data(), data.size()))
-        return true;
-    if (hadFile)
-        files.WriteBytes(path, previous.data(), previous.size());
-    return false;
+    // The file system's one write: the file keeps its previous bytes when
+    // the write fails, and holds the old or the new archive at any moment.
+    return bool(GetFileSystem().WriteBytes(path, data.data(), data.size()));
 }

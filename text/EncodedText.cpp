@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 #include "text/KelText.h"
 #include "text/TextHeap.h"
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 
 namespace
 {

@@ -6,7 +6,7 @@
 
 #include "text/AppServices.h"
 #include "text/CommandLine.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 
 namespace
 {

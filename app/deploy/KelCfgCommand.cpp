@@ -15,7 +15,7 @@
 #include "framework/AppInteraction.h"
 #include "framework/Folders.h"
 #include "framework/RegistryKey.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 #include "text/TextHolder.h"
 #include "text/WideText.h"
 
@@ -67,27 +67,6 @@ KelText FullFolder(const KelText& folder)
     const DWORD length = GetFullPathNameW(AsWide(WithBackslashes(folder)), 4096, buffer, nullptr);
     return NormaliseFolder(length > 0 && length < 4096 ? FromWide(buffer, int32_t(length))
                                                        : folder);
-}
-
-// Writes the whole file or nothing: a file of its own beside it first, then
-// the one move that replaces the old file.
-bool WriteWholeFile(const KelText& path, const std::string& bytes)
-{
-    const KelText target = WithBackslashes(path);
-    const KelText temporary = target + u".kelcfg-new";
-    HANDLE file = CreateFileW(AsWide(temporary), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return false;
-    DWORD written = 0;
-    const bool complete = WriteFile(file, bytes.data(), DWORD(bytes.size()), &written, nullptr) &&
-                          written == bytes.size() && FlushFileBuffers(file);
-    CloseHandle(file);
-    if (complete && MoveFileExW(AsWide(temporary), AsWide(target),
-                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        return true;
-    DeleteFileW(AsWide(temporary));
-    return false;
 }
 
 // Message boxes of the application's code become lines on standard error; a
@@ -232,7 +211,8 @@ int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& conso
             console.Out(text);
             return kCfgDone;
         }
-        if (!WriteWholeFile(request.file, text.ToUtf8()))
+        const std::string utf8 = text.ToUtf8();
+        if (!GetFileSystem().WriteBytes(WithBackslashes(request.file), utf8.data(), utf8.size()))
         {
             console.Err(Say(kTextCfgFileNotWritten, request.file));
             return kCfgFailed;
@@ -242,7 +222,7 @@ int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& conso
     }
 
     std::string bytes;
-    if (!GetPlatformFileSystem().ReadBytes(request.file, bytes))
+    if (!GetFileSystem().ReadBytes(request.file, bytes))
     {
         console.Err(Say(kTextCfgFileNotRead, request.file));
         return kCfgFailed;

@@ -4,7 +4,7 @@
 
 #include "framework/Folders.h"
 #include "framework/RegistryKey.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 #include "text/WideText.h"
 
 namespace
@@ -188,7 +188,7 @@ bool StateSnapshot::Take(KelText& unreadable)
     {
         file.existed = FileExists(file.path);
         file.bytes.clear();
-        if (file.existed && !GetPlatformFileSystem().ReadBytes(file.path, file.bytes))
+        if (file.existed && !GetFileSystem().ReadBytes(file.path, file.bytes))
         {
             unreadable = file.path;
             return false;
@@ -279,7 +279,7 @@ std::vector<KelText> StateSnapshot::Restore() const
             continue;
         }
         std::string now;
-        FileSystem& system = GetPlatformFileSystem();
+        FileSystem& system = GetFileSystem();
         if (system.ReadBytes(file.path, now) && now == file.bytes)
             continue;
         if (!system.WriteBytes(file.path, file.bytes.data(), file.bytes.size()) ||
@@ -326,7 +326,7 @@ bool StateSnapshot::Unchanged() const
             return false;
         std::string now;
         if (file.existed &&
-            (!GetPlatformFileSystem().ReadBytes(file.path, now) || now != file.bytes))
+            (!GetFileSystem().ReadBytes(file.path, now) || now != file.bytes))
             return false;
     }
     return true;

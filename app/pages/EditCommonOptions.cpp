@@ -10,7 +10,7 @@
 #include "framework/BitmapButton.h"
 #include "framework/Control.h"
 #include "framework/RegistryKey.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 

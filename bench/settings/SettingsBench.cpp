@@ -20,7 +20,7 @@
 #include "bench/support/Summary.h"
 #include "settings/iniFile.h"
 #include "text/EncodedText.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 
 namespace
 {

@@ -13,43 +13,13 @@
 #include <memory>
 #include <string>
 
+#include "platform/FileSystem.h"
+#include "tests/core/CoreTestSupport.h"
 #include "text/AppServices.h"
-#include "text/FileSystem.h"
 #include "text/TextHolder.h"
 
 namespace
 {
-class MemoryFile final : public FileSystem
-{
-public:
-    bool ReadBytes(const KelText& path, std::string& bytes) override
-    {
-        if (!(path == u"in.ary" || path == u"out.ary"))
-            return false;
-        bytes = path == u"in.ary" ? input : output;
-        return true;
-    }
-    bool WriteBytes(const KelText& path, const void* data, size_t size) override
-    {
-        if (!(path == u"out.ary"))
-            return false;
-        output.assign(static_cast<const char*>(data), size);
-        return true;
-    }
-    bool Exists(const KelText& path) override { return path == u"in.ary" || path == u"out.ary"; }
-    std::unique_ptr<FileReader> OpenReader(const KelText& path) override
-    {
-        std::string bytes;
-        if (!ReadBytes(path, bytes))
-            return nullptr;
-        return std::make_unique<MemoryReader>(std::move(bytes), piece);
-    }
-
-    std::string input;
-    std::string output;
-    size_t piece = 1;
-};
-
 class CountingServices final : public AppServices
 {
 public:
@@ -66,7 +36,7 @@ void Require(bool condition)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static MemoryFile files;
+    static MemoryFiles files;
     static CountingServices services;
     SetFileSystem(&files);
     SetAppServices(&services);
@@ -77,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const char16_t* language = languages[size ? data[size - 1] % 5 : 0];
     const size_t pieces[] = {1, 3, 8, 64, 4096, size_t(1) << 30};
     files.piece = pieces[size ? (data[size - 1] / 5) % 6 : 0];
-    files.input.assign(reinterpret_cast<const char*>(data), size);
+    files.files.clear();
+    files.files[u"in.ary"].assign(reinterpret_cast<const char*>(data), size);
     services.errors = 0;
 
     TextHolder holder;
@@ -118,11 +89,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (holder.LanguageSlot() == TextHolder::AllLanguages)
     {
         Require(holder.Save(KelText(u"out.ary")));
-        const std::string first = files.output;
+        const std::string first = files.files[u"out.ary"];
         TextHolder again;
         Require(again.Load(KelText(u"out.ary"), KelText(u"all"), true));
         Require(again.Save(KelText(u"out.ary")));
-        Require(files.output == first);
+        Require(files.files[u"out.ary"] == first);
     }
     return 0;
 }

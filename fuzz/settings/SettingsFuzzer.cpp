@@ -18,7 +18,7 @@
 
 #include "settings/iniFile.h"
 #include "tests/core/CoreTestSupport.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 #include "text/TextHolder.h"
 
 namespace

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "text/Archive.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 #include "text/TextHolder.h"
 #include "tools/dictool/LangSource.h"
 

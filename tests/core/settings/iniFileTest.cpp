@@ -172,13 +172,14 @@ TEST(iniFileSave, AFailedWriteLeavesThePreviousContentAndReportsOnce)
     EXPECT_EQ(shown.errors[0].first, DictText(240));
     EXPECT_EQ(shown.errors[0].second, kPath);
 
-    // A new file whose write fails is left empty, not half-written; without
-    // report nothing is shown.
+    // A new file whose write fails is not made at all, nor is a half-written
+    // one left beside it; without report nothing is shown.
     iniFile fresh(u"new.ini");
     fresh.Add(new iniInteger(u"S", u"N", &n, 0));
     files.failNextWrite = true;
     fresh.WriteAll();
-    EXPECT_EQ(files.files[u"new.ini"], "");
+    EXPECT_EQ(files.files.count(u"new.ini"), 0u);
+    EXPECT_EQ(files.files.size(), 1u);
     EXPECT_EQ(shown.errors.size(), 1u);
 
     // A file that exists but cannot be read is not replaced by the entries alone.

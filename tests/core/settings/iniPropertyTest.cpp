@@ -5,7 +5,7 @@
 
 #include "settings/iniFile.h"
 #include "tests/core/settings/SettingsTestSupport.h"
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 #include "text/EncodedText.h"
 
 // Randomised checks with fixed start values: every run sees the same cases.

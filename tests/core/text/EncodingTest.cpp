@@ -6,7 +6,7 @@
 #include "tests/core/CoreTestSupport.h"
 #include "tests/core/text/TextTestSupport.h"
 #include "text/AppServices.h"
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 #include "text/EncodedText.h"
 #include "text/KelText.h"
 #include "text/TextArray.h"

@@ -4,8 +4,9 @@
 // be written) puts back every value already written.
 #include <string>
 
+#include "platform/FileSystem.h"
+#include "tests/core/platform/FileSystemDoubles.h"
 #include "tests/win/deploy/TransferTestSupport.h"
-#include "text/FileSystem.h"
 
 namespace
 {
@@ -26,26 +27,19 @@ protected:
     KelText config;
 };
 
-// Writes through the platform, but refuses every write after the first
-// `allowed` ones.
-class RefusingWrites : public FileSystem
+// Writes through the platform, but fails the write that follows the first
+// `allowed` ones (the writes after it, such as putting things back, go through).
+class RefusingWrites : public PassThroughFiles
 {
 public:
-    explicit RefusingWrites(int allowed) : allowed(allowed), previous(SetFileSystem(this)) {}
-    ~RefusingWrites() override { SetFileSystem(previous); }
-    bool ReadBytes(const KelText& path, std::string& bytes) override
+    explicit RefusingWrites(int allowed) : allowed(allowed) {}
+    Step WriteNew(PathRef temporary, const void* data, size_t size) override
     {
-        return GetPlatformFileSystem().ReadBytes(path, bytes);
+        return allowed-- == 0 ? Step::Failed : PassThroughFiles::WriteNew(temporary, data, size);
     }
-    bool WriteBytes(const KelText& path, const void* data, size_t size) override
-    {
-        return allowed-- > 0 && GetPlatformFileSystem().WriteBytes(path, data, size);
-    }
-    bool Exists(const KelText& path) override { return GetPlatformFileSystem().Exists(path); }
 
 private:
     int allowed;
-    FileSystem* previous;
 };
 } // namespace
 

@@ -17,7 +17,7 @@
 #include "settings/iniFile.h"
 #include "tests/win/app/AppTestHelpers.h"
 #include "tests/win/toolkit/ToolkitTestSupport.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 
 class PageTest : public ToolkitTest
 {

@@ -6,7 +6,7 @@
 #include "framework/AppEntry.h"
 #include "tests/win/app/AppTestHelpers.h"
 #include "tests/win/support/RecordingInteraction.h"
-#include "text/FileSystem.h"
+#include "platform/FileSystem.h"
 
 class StartupFixture
 {

@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 
 namespace CodePage
 {

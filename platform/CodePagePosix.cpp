@@ -1,7 +1,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "text/CodePage.h"
+#include "platform/CodePage.h"
 
 namespace
 {
