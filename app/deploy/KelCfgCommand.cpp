@@ -221,6 +221,21 @@ int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& conso
         return kCfgDone;
     }
 
+    // An import holds the settings file's update lock from reading the
+    // configuration to its last write, so that two imports (or an import and
+    // the editor) behave as if one ran after the other.
+    FileLock lock;
+    if (request.command == KelCfgRequest::Command::Import && !request.dryRun)
+    {
+        const KelText settingsFile = folder + SettingsFileNameFor(request.product);
+        lock = GetFileSystem().Lock(settingsFile);
+        if (!lock.Held())
+        {
+            console.Err(Say(kTextCfgBusy, WithBackslashes(settingsFile)));
+            return kCfgFailed;
+        }
+    }
+
     std::string bytes;
     if (!GetFileSystem().ReadBytes(request.file, bytes))
     {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "app/ProductTable.h"
 #include "app/SettingsContext.h"
 #include "app/Version.h"
 #include "app/deploy/StateSnapshot.h"
@@ -10,6 +11,8 @@
 #include "app/deploy/TransferPages.h"
 #include "app/deploy/TransferTexts.h"
 #include "framework/AppEntry.h"
+#include "framework/Folders.h"
+#include "platform/FileSystem.h"
 #include "text/EncodedText.h"
 
 namespace
@@ -472,6 +475,11 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
 
     outcome.exitCode = 1;
     outcome.messages.push_back(Say(kTextCfgWriteFailed, failure));
+    // A read-only settings file is refused before anything of it is written;
+    // say which file, since that is what the administrator has to look at.
+    const KelText settingsFile = folder + SettingsFileNameFor(product);
+    if (GetFileSystem().Query(settingsFile).readOnly)
+        outcome.messages.push_back(Say(kTextCfgReadOnly, WithBackslashes(settingsFile)));
     std::vector<KelText> notBack = snapshot.Restore();
     if (notBack.empty() && !snapshot.Unchanged())
         notBack.push_back(folder);

@@ -60,6 +60,9 @@ const EnglishText englishTexts[] = {
     {9838, u"Nothing was written: \"%s\" could not be read first."},
     {9839, u"Values that an import would change: %i."},
     {9840, u"\"%s =\" without a value stands for no links at all; it cannot come with other links"},
+    {9870, u"The settings file \"%s\" is read-only; nothing was changed."},
+    {9871, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
+           u"again in a moment."},
 };
 } // namespace
 

@@ -51,6 +51,8 @@ enum TransferText : int32_t
     kTextCfgSnapshotFailed = 9838,
     kTextCfgWouldChange = 9839,
     kTextCfgEmptyListMixed = 9840,
+    kTextCfgReadOnly = 9870,
+    kTextCfgBusy = 9871,
 };
 
 // The text in the dictionary's language, or its English wording.
