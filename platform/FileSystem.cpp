@@ -14,6 +14,7 @@ namespace
 {
 FileSystem* installed = nullptr;
 std::atomic<uint32_t> lockWait{5000};
+std::atomic<uint32_t> replaceWait{1000};
 
 // The update locks this process holds, by lock file (letters folded, as the
 // file systems of Windows fold them): how often each is taken and the handle
@@ -90,6 +91,16 @@ uint32_t FileSystem::LockWait()
 void FileSystem::SetLockWait(uint32_t milliseconds)
 {
     lockWait.store(milliseconds);
+}
+
+uint32_t FileSystem::ReplaceWait()
+{
+    return replaceWait.load();
+}
+
+void FileSystem::SetReplaceWait(uint32_t milliseconds)
+{
+    replaceWait.store(milliseconds);
 }
 
 // ---------------------------------------------------------------------------
@@ -206,15 +217,25 @@ WriteResult FileSystem::WriteBytes(PathRef path, const void* data, size_t size)
     const PathRef temporaryRef(temporary.c_str());
     Step step = WriteNew(temporaryRef, data, size);
     if (step == Step::Done)
-        step = MoveOver(temporaryRef, targetRef);
+    {
+        // A file that any program has open cannot be replaced (on Windows as
+        // under Wine, whatever it shares). Readers hold a settings file for a
+        // moment only: try again for a while before writing in place, which
+        // a reader could see half done.
+        const auto until =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(ReplaceWait());
+        while ((step = MoveOver(temporaryRef, targetRef)) == Step::Refused &&
+               std::chrono::steady_clock::now() < until)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     if (step == Step::Done)
         return {};
     Remove(temporaryRef);
     if (step == Step::Failed)
         return {WriteError::Failed};
 
-    // The folder takes no new file, or another program holds the target open
-    // without letting it be replaced (an editor, a virus scanner): the target
+    // The folder takes no new file, or another program keeps the target open
+    // (an editor, a virus scanner): the target
     // is written over in place. That write is not atomic, so the previous
     // bytes are read first and put back should it fail; a target that exists
     // but cannot be read is not written at all, since it could not be repaired.

@@ -110,9 +110,9 @@ private:
 // - A target with the read-only attribute is refused before anything is
 //   written; the attribute is never cleared.
 // - Where replacing is not possible (the folder refuses new files, or another
-//   program holds the target open without allowing it to be replaced), the
-//   target is written over in place, and its previous bytes are put back when
-//   that write fails.
+//   program keeps the target open past ReplaceWait: a file that is open
+//   cannot be replaced), the target is written over in place, and its
+//   previous bytes are put back when that write fails.
 // - The write holds the target's update lock (see Lock); the temporary file
 //   is removed after a failure, and one that a crash left behind is replaced
 //   by the next write of that file.
@@ -148,6 +148,10 @@ public:
     // How long Lock waits for another holder (5 seconds unless a test sets it).
     static uint32_t LockWait();
     static void SetLockWait(uint32_t milliseconds);
+    // How long a write keeps trying to replace a target that another program
+    // has open before it writes in place (1 second unless a test sets it).
+    static uint32_t ReplaceWait();
+    static void SetReplaceWait(uint32_t milliseconds);
 
     // ---- The steps of a write, one implementation per platform. Callers use
     // WriteBytes and Lock; only those and test doubles use these.

@@ -149,6 +149,9 @@ public:
     {
         Before();
         const LockAttempt attempt = PassThroughFiles::TryLockFile(lockPath, handle);
+        // Stopped right after taking it: the system closes the lock file.
+        if (attempt == LockAttempt::Taken && int64_t(seen.size()) == stopAfter)
+            PassThroughFiles::UnlockFile(lockPath, handle);
         After({});
         return attempt;
     }
