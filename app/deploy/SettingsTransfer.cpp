@@ -13,6 +13,7 @@
 #include "framework/AppEntry.h"
 #include "framework/Folders.h"
 #include "platform/FileSystem.h"
+#include "platform/StagedFiles.h"
 #include "text/EncodedText.h"
 
 namespace
@@ -428,42 +429,54 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
     }
 
     KelText failure;
-    try
     {
-        for (size_t p = 0; p < pages.size() && failure.IsEmpty(); ++p)
+        // The pages' saves of the settings file are held back and reach the disk
+        // in one write at the end: a crash or a refusal part way through the
+        // pages leaves the file as it was.
+        StagedFiles staged;
+        try
         {
-            if (!pageChanged[p])
-                continue;
-            const PageReport report = pages[p]->Save();
-            if (report.refuse)
-                failure = pages[p]->Section() + u": " +
-                          OneLine(KelText::Formatted(u"%s - %s", report.caption, report.text));
-            else if (report.HasBox())
-                outcome.messages.push_back(Say(kTextCfgNote, OneLine(report.text)));
+            for (size_t p = 0; p < pages.size() && failure.IsEmpty(); ++p)
+            {
+                if (!pageChanged[p])
+                    continue;
+                const PageReport report = pages[p]->Save();
+                if (report.refuse)
+                    failure = pages[p]->Section() + u": " +
+                              OneLine(KelText::Formatted(u"%s - %s", report.caption, report.text));
+                else if (report.HasBox())
+                    outcome.messages.push_back(Say(kTextCfgNote, OneLine(report.text)));
+            }
+            if (failure.IsEmpty())
+            {
+                // Read back: what a page did not store as meant (including writes
+                // that its own rules do not report) is a failure too.
+                for (auto& page : pages)
+                    page->Load();
+                const std::vector<ViewEntry> stored = View();
+                for (size_t i = 0; i < stored.size() && failure.IsEmpty(); ++i)
+                    if (!SameItems(stored[i].items, after[i].items))
+                    {
+                        const TransferPage& page = *pages[stored[i].page];
+                        failure = Say(kTextCfgNotStoredAsMeant,
+                                      page.Section() + u"/" + page.Keys()[stored[i].key].name);
+                    }
+            }
+        }
+        catch (const std::exception& error)
+        {
+            failure = KelText::FromUtf8(error.what());
+        }
+        catch (...)
+        {
+            failure = u"?";
         }
         if (failure.IsEmpty())
         {
-            // Read back: what a page did not store as meant (including writes
-            // that its own rules do not report) is a failure too.
-            for (auto& page : pages)
-                page->Load();
-            const std::vector<ViewEntry> stored = View();
-            for (size_t i = 0; i < stored.size() && failure.IsEmpty(); ++i)
-                if (!SameItems(stored[i].items, after[i].items))
-                {
-                    const TransferPage& page = *pages[stored[i].page];
-                    failure = Say(kTextCfgNotStoredAsMeant,
-                                  page.Section() + u"/" + page.Keys()[stored[i].key].name);
-                }
+            std::u16string failedPath;
+            if (!staged.Commit(failedPath))
+                failure = Say(kTextCfgFileNotWritten, WithBackslashes(KelText(failedPath.c_str())));
         }
-    }
-    catch (const std::exception& error)
-    {
-        failure = KelText::FromUtf8(error.what());
-    }
-    catch (...)
-    {
-        failure = u"?";
     }
 
     if (failure.IsEmpty())

@@ -3,6 +3,7 @@
 // given): one that passes every step through, for tests to override single
 // steps, and one that stops the world after a chosen step of a write.
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -183,3 +184,14 @@ private:
     bool stopped = false;
     std::vector<Operation> seen;
 };
+
+// The byte places inside a write of `size` bytes at which a crash is tried:
+// all of the first and last `edge`, and every `step`-th one in between.
+inline std::vector<size_t> CrashBytes(size_t size, size_t edge = 64, size_t step = 97)
+{
+    std::set<size_t> places;
+    for (size_t at = 0; at < size; ++at)
+        if (at < edge || at + edge >= size || at % step == 0)
+            places.insert(at);
+    return {places.begin(), places.end()};
+}

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <set>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -18,17 +17,6 @@
 
 namespace
 {
-// The byte places inside a write of `size` bytes at which a crash is tried:
-// all of the first and last 64, and a sample in between.
-std::vector<size_t> CrashBytes(size_t size)
-{
-    std::set<size_t> places;
-    for (size_t at = 0; at < size; ++at)
-        if (at < 64 || at + 64 >= size || at % 97 == 0)
-            places.insert(at);
-    return {places.begin(), places.end()};
-}
-
 struct CrashCount
 {
     int points = 0;

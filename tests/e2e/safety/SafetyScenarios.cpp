@@ -26,7 +26,8 @@ protected:
         const fs::path file = fs::temp_directory_path() / L"kel-e2e" / run / L"import.txt";
         fs::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
-        return RunKelCfg(L"import -app=Shopwise " + Config() + L" \"" + file.wstring() + L"\"", run);
+        return RunKelCfg(L"import -app=Shopwise " + Config() + L" \"" + file.wstring() + L"\"",
+                         run);
     }
 };
 
@@ -82,9 +83,9 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
             const std::string other =
                 first ? std::string("[Common Options]\nNUMPAD = ") + (round % 2 ? "ON" : "OFF")
                       : "[Product Options]\nSUPPORT = B " + std::to_string(round);
-            const Finished run = Import(
-                "[Program Paths]\n" + Utf8(side.pathKey) + " = " + folder + "\n" + other + "\n",
-                side.name);
+            const Finished run = Import("[Program Paths]\n" + Utf8(side.pathKey) + " = " + folder +
+                                            "\n" + other + "\n",
+                                        side.name);
             if (run.exitCode != 0)
                 ++side.failed;
             // Until this side's next import, nothing may take its value away.
@@ -102,8 +103,8 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
 
     std::printf("two writers: %i imports each, %i reads, torn reads %i, failed imports %i/%i, "
                 "values lost %i/%i\n",
-                Rounds, reads.load(), torn.load(), sides[0].failed, sides[1].failed,
-                sides[0].lost, sides[1].lost);
+                Rounds, reads.load(), torn.load(), sides[0].failed, sides[1].failed, sides[0].lost,
+                sides[1].lost);
     EXPECT_EQ(torn.load(), 0);
     EXPECT_GT(reads.load(), Rounds);
     for (const Side& side : sides)

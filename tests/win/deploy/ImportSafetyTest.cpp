@@ -138,17 +138,18 @@ TEST_F(ImportSafety, AFailureInTheLastPagePutsBackEverythingWritten)
     EXPECT_EQ(State(config), before);
 }
 
-// A settings file that takes the program paths but not the product options.
-TEST_F(ImportSafety, APageThatRefusesPutsBackTheSettingsFile)
+// The pages' saves of the settings file reach the disk in one write at the
+// end; when that write fails, the registry values the pages wrote go back too.
+TEST_F(ImportSafety, ASettingsFileThatCannotBeWrittenPutsBackEverything)
 {
     const std::vector<std::string> before = State(config);
     TransferOutcome outcome;
     {
-        RefusingWrites refusing(1);
+        RefusingWrites refusing(0);
         outcome = Import(u"Shopwise", config, changesEveryPage);
     }
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_NE(Said(outcome).find("The settings could not be written: Product Options: "),
+    EXPECT_NE(Said(outcome).find("The settings could not be written: The file \""),
               std::string::npos)
         << Said(outcome);
     EXPECT_EQ(State(config), before);
