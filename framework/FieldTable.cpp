@@ -182,9 +182,9 @@ void FieldTable::Load()
     }
 }
 
-bool FieldTable::SaveDocument()
+bool FieldTable::SaveDocument(int32_t report)
 {
-    return !document || document->SaveEntries() != 0;
+    return !document || document->SaveEntries(nullptr, nullptr, report) != 0;
 }
 
 bool FieldTable::Save(const StoredField& field)

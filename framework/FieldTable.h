@@ -116,7 +116,9 @@ public:
     void Load();
     // Writes the settings document; answers whether the file was written.
     // True when the table has no document.
-    bool SaveDocument();
+    // With report set, a failure is shown to the user (the document's own
+    // message with the file's path).
+    bool SaveDocument(int32_t report = 0);
     // Saves one registry field by its rule; answers whether its write or
     // delete succeeded. Settings fields are not written here.
     bool Save(const StoredField& field);

@@ -104,7 +104,9 @@ PageReport CommonOptionsValues::Save()
     if (language == kEnglish)
         language = KelText();
 
-    const bool documentSaved = fields.SaveDocument();
+    // A settings file that cannot be written (read-only, say) is reported with
+    // its path; the registry values are written all the same.
+    const bool documentSaved = fields.SaveDocument(1);
     fields.Save(*languageField);
 
     const bool startInUsed = useStartFolder != 0 && !startFolder.IsEmpty();

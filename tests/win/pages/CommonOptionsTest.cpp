@@ -146,6 +146,27 @@ TEST_F(CommonOptionsPage, ChangesReachTheRegistryAndTheSettingsFile)
     EXPECT_TRUE(Language(again).SameAs(u"English"));
 }
 
+TEST_F(CommonOptionsPage, AReadOnlySettingsFileIsReportedAndKeptWhileTheRegistryIsWritten)
+{
+    UseSettings("[GENERAL]\r\nNUMPAD=OFF\r\n");
+    const std::string before = FileBytes();
+    ASSERT_TRUE(SetFileAttributesW(AsWide(settingsPath), FILE_ATTRIBUTE_READONLY));
+    EditCommonOptions& page = OpenPage();
+    Tick(page, kCommonNumpad, true);
+    Tick(page, kCommonRegionalCsv, true);
+    Ok();
+
+    ASSERT_EQ(user.boxes.size(), 1u);
+    EXPECT_TRUE(user.boxes[0].text.SameAs(
+        KelText::Formatted(u"%s\n\n%s", DictText(240), settingsPath.c_str())))
+        << user.boxes[0].text.ToUtf8();
+    EXPECT_EQ(FileBytes(), before);
+    EXPECT_NE(GetFileAttributesW(AsWide(settingsPath)) & FILE_ATTRIBUTE_READONLY, 0u);
+    // A failed settings file does not stop the page's registry values.
+    EXPECT_EQ(GetDword(AppKey(u"COMMON"), u"RegionalCSV"), 1);
+    SetFileAttributesW(AsWide(settingsPath), FILE_ATTRIBUTE_NORMAL);
+}
+
 TEST_F(CommonOptionsPage, StartFolderIsWrittenAndAWarningSaysWhenItLacksTheSettingsFile)
 {
     UseSettings("[GENERAL]\r\n");

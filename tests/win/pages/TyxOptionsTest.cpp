@@ -100,10 +100,8 @@ TEST_F(TyxOptionsPage, UnwritableSettingsFileRefusesAndWritesNoRegistryValue)
     UseSettings("[GENERAL]\r\nSUPPORT=x\r\n", u"Tallywise");
     const std::string before = FileBytes();
     EditTyxOptions& page = OpenPage(u"Tallywise");
-    // Another program holds the file open without sharing it.
-    HANDLE lock =
-        CreateFileW(AsWide(settingsPath), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_NE(lock, INVALID_HANDLE_VALUE);
+    // Read-only: refused before anything is written.
+    ASSERT_TRUE(SetFileAttributesW(AsWide(settingsPath), FILE_ATTRIBUTE_READONLY));
     EXPECT_TRUE(page.ControlText(kTyxSupport).SameAs(u"x"));
     Click(page.Handle(), kTyxHideWelcome);
     Click(page.Handle(), kTyxUseCaption);
@@ -118,8 +116,8 @@ TEST_F(TyxOptionsPage, UnwritableSettingsFileRefusesAndWritesNoRegistryValue)
     EXPECT_EQ(user.boxes[0].style & MB_ICONMASK, UINT(MB_ICONHAND));
     EXPECT_TRUE(GetString(ProductKey(u"Tallywise"), u"Caption").SameAs(u"<absent>"));
     EXPECT_EQ(GetDword(ProductKey(u"Tallywise"), u"HideWelcomeScreen"), -1);
-    CloseHandle(lock);
     EXPECT_EQ(FileBytes(), before);
+    SetFileAttributesW(AsWide(settingsPath), FILE_ATTRIBUTE_NORMAL);
     // Once the file is free, OK saves everything and closes.
     Ok();
     EXPECT_FALSE(DialogOpen());
