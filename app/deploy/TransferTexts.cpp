@@ -12,8 +12,8 @@ struct EnglishText
 const EnglishText englishTexts[] = {
     {9800,
      u"Usage:\n%s  kelcfg --help [<command>]   (also -h, /?)\n  kelcfg --version\n\nProducts: "
-     u"Plotwise, Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost. -config= "
-     u"names the configuration folder or a registered configuration. /l=<language> chooses the "
+     u"Plotwise, Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost.\n-config= "
+     u"names the configuration folder or a registered configuration.\n/l=<language> chooses the "
      u"language of the messages.\nExit codes: 0 done, 1 the file has errors or the settings could "
      u"not be written, 2 the command line is wrong."},
     {9801, u"Unknown command \"%s\"."},
