@@ -95,6 +95,7 @@ TEST_F(CommonOptions, TheStoredLanguageIsTheEditorsAndIsKeptAsSpelt)
         HWND page = ShowPage(dialog, L"Allgemeine Optionen", kCommonNumpad);
         EXPECT_EQ(Text(Control(dialog, IDCANCEL)), L"Abbrechen");
         EXPECT_EQ(Text(Control(page, kCommonLanguage)), L"DEUTSCH");
+        Screenshot(L"stored-language", dialog, L"common");
         Press(Control(dialog, IDOK));
         EXPECT_EQ(editor.WaitForExit(), 0u);
         EXPECT_EQ(ReadString(L"Tallywise", L"Language"), L"DEUTSCH");
