@@ -187,10 +187,17 @@ KelText LocalTimestamp()
 }
 } // namespace
 
-CfgParsed ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& request,
+CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest& request,
                                CfgConsole& console)
 {
     request = KelCfgRequest();
+    // "/l=" may come anywhere, also before the command; the dictionary took
+    // it at start.
+    std::vector<KelText> arguments;
+    KelText language;
+    for (const KelText& argument : given)
+        if (!SwitchValue(argument, u"/l=", language))
+            arguments.push_back(argument);
     if (arguments.empty())
         return Wrong(console, KelText());
     const KelText& first = arguments.front();
@@ -232,8 +239,6 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequ
         }
         else if (SwitchValue(argument, u"-config=", value))
             request.config = value;
-        else if (SwitchValue(argument, u"/l=", value))
-            continue; // the dictionary's language, taken at start
         else if (argument == u"--dry-run")
             request.dryRun = true;
         else if (LooksLikeOption(argument))
