@@ -157,7 +157,10 @@ int32_t SettingsContext::Save()
     if (settingsFile.IsEmpty())
         return 0;
     LoadPaths();
-    // One entry per kind of the product (a kind listed twice is written once).
+    // One entry per kind of the product (a kind listed twice is written
+    // once): its folder as read or set, else its default, so that the file
+    // names every folder the product uses. Keys the file has keep their
+    // places; missing ones are added.
     iniFile file(settingsFile);
     std::vector<KelText> values;
     values.reserve(size_t(kinds.Count()));
@@ -165,10 +168,10 @@ int32_t SettingsContext::Save()
     for (int32_t i = 0; i < kinds.Count(); ++i)
     {
         const int32_t kind = kinds.At(i);
-        if (kind < 0 || kind >= kKindSlots || added[kind] || !slots[kind].known || !FindKind(kind))
+        if (kind < 0 || kind >= kKindSlots || added[kind] || !FindKind(kind))
             continue;
         added[kind] = true;
-        values.push_back(slots[kind].text);
+        values.push_back(slots[kind].known ? slots[kind].text : PathOf(kind));
         file.Add(new iniString(programPaths, KindName(kind), &values.back(), KelText()));
     }
     // The page that asked reports a failure in its own words.

@@ -11,10 +11,10 @@
 //
 // Each kind's folder is kept in a cache of 47 texts (kinds 0 to 46), cleared
 // whenever a new settings file is set. A kind the file does not name shows a
-// default folder inside the configuration folder (see DefaultFolder); such a
-// default is only displayed, and reaches the file only when the user sets a
-// folder for that kind. Folders that the file names and the user did not
-// change are written back exactly as they were read.
+// default folder inside the configuration folder (see DefaultFolder). Save
+// writes every kind of the product: a default as the full folder it stands
+// for, and folders that the file names and the user did not change exactly
+// as they were read.
 class SettingsContext
 {
 public:
@@ -48,9 +48,9 @@ public:
     bool IsPathSet(int32_t kind);
     // Sets the folder of a kind (normalised). The file changes only on Save.
     void SetPath(int32_t kind, const KelText& folder);
-    // Writes the folders of the product's kinds to "PROGRAM PATHS". Answers
-    // nonzero on success, 0 when the file could not be written (it then keeps
-    // its previous content).
+    // Writes the folders of all the product's kinds to "PROGRAM PATHS",
+    // defaults included. Answers nonzero on success, 0 when the file could
+    // not be written (it then keeps its previous content).
     int32_t Save();
 
 private:

@@ -57,10 +57,13 @@ public:
     // machine's "InstallPath", the user's "LastRun" and the user's
     // "InstallPath". Empty when none exists.
     KelText ResolveInstallPath(const KelText& product, bool skipProgramFolder);
-    // Settles the release and the product's data folders (created), the
-    // shared documents folder, the program folder and the cloud flag, and
-    // registers the application's own message switch.
-    void RegisterRelease(const KelText& product, const KelText& release, bool checkCloud);
+    // Settles the release and the product's data folders (created unless
+    // `createFolders` is false: a program that only reads, or shows what it
+    // would write, leaves the disk as it is), the shared documents folder, the
+    // program folder and the cloud flag, and registers the application's own
+    // message switch.
+    void RegisterRelease(const KelText& product, const KelText& release, bool checkCloud,
+                         bool createFolders = true);
     // The user's "Language" value for the product; empty when absent.
     KelText GetLanguage(const KelText& product);
 

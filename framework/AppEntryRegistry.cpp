@@ -77,7 +77,8 @@ KelText AppEntry::ResolveInstallPath(const KelText& product, bool skipProgramFol
     return KelText();
 }
 
-void AppEntry::RegisterRelease(const KelText& product, const KelText& releaseText, bool checkCloud)
+void AppEntry::RegisterRelease(const KelText& product, const KelText& releaseText, bool checkCloud,
+                               bool createFolders)
 {
     release = releaseText;
     if (!product.IsEmpty())
@@ -91,9 +92,9 @@ void AppEntry::RegisterRelease(const KelText& product, const KelText& releaseTex
     localProductFolder = localDataRoot.IsEmpty() ? KelText() : localDataRoot + relative;
     roamingProductFolder = roamingDataRoot.IsEmpty() ? KelText() : roamingDataRoot + relative;
     userDataFolder = localProductFolder;
-    if (!localProductFolder.IsEmpty())
+    if (createFolders && !localProductFolder.IsEmpty())
         CreateFolderPath(localProductFolder);
-    if (!roamingProductFolder.IsEmpty())
+    if (createFolders && !roamingProductFolder.IsEmpty())
         CreateFolderPath(roamingProductFolder);
 
     KelText documents = KnownFolder(CSIDL_COMMON_DOCUMENTS);

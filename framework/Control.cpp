@@ -240,10 +240,14 @@ bool ComboBox::SelectText(const KelText& text)
         }
     }
     Select(-1);
-    bool dropDownList = (GetWindowLongPtrW(Handle(), GWL_STYLE) & 3) == CBS_DROPDOWNLIST;
-    if (!dropDownList)
+    if (HasEdit())
         SetText(text);
     return false;
+}
+
+bool ComboBox::HasEdit() const
+{
+    return (GetWindowLongPtrW(Handle(), GWL_STYLE) & 3) != CBS_DROPDOWNLIST;
 }
 
 bool ComboBox::OnCommand(int32_t code)
@@ -271,7 +275,14 @@ void ComboBox::LoadValue()
 {
     if (!member)
         return;
-    SelectText(*member);
+    // A box with an edit shows the stored text as it stands, also when an
+    // item differs from it only in case ("DEUTSCH" is not shown as
+    // "Deutsch"): only the user's choice of an item replaces it.
+    if (SelectText(*member) && HasEdit() && !Text().SameAs(*member))
+    {
+        Select(-1);
+        SetText(*member);
+    }
     loaded = Text();
 }
 

@@ -142,6 +142,9 @@ public:
     // drop-down without such an item shows the text in its edit. Answers
     // whether an item was selected.
     bool SelectText(const KelText& text);
+    // Whether the box has an edit (a drop-down or a simple box, not a
+    // drop-down list).
+    bool HasEdit() const;
     // Runs when the user picks another item.
     void OnSelectionChanged(std::function<void()> handler) { selected = std::move(handler); }
 

@@ -16,6 +16,7 @@
 #include "framework/Folders.h"
 #include "framework/RegistryKey.h"
 #include "platform/FileSystem.h"
+#include "text/EncodedText.h"
 #include "text/TextHolder.h"
 #include "text/WideText.h"
 
@@ -43,12 +44,76 @@ void ErrLines(CfgConsole& console, const KelText& text)
     }
 }
 
-bool Usage(CfgConsole& console, const KelText& problem)
+// The commands: the name typed, what it runs, its usage lines and what it
+// takes beside -app= and -config=. The usage lists them in this order.
+struct CfgCommandRow
+{
+    const char16_t* name;
+    KelCfgRequest::Command command;
+    TransferText usage;
+    bool needsFile;
+    bool takesDryRun;
+};
+
+const CfgCommandRow cfgCommands[] = {
+    {u"export", KelCfgRequest::Command::Export, kTextCfgUsageExport, false, false},
+    {u"import", KelCfgRequest::Command::Import, kTextCfgUsageImport, true, true},
+    {u"diff", KelCfgRequest::Command::Diff, kTextCfgUsageDiff, true, false},
+};
+
+const CfgCommandRow* FindCommand(const KelText& name)
+{
+    for (const CfgCommandRow& row : cfgCommands)
+        if (name == row.name)
+            return &row;
+    return nullptr;
+}
+
+bool IsHelp(const KelText& argument)
+{
+    for (const char16_t* help : {u"--help", u"-h", u"-?", u"/?", u"/h"})
+        if (argument == help)
+            return true;
+    return false;
+}
+
+bool LooksLikeOption(const KelText& argument)
+{
+    return argument.Length() > 1 && (argument.At(0) == u'-' || argument.At(0) == u'/');
+}
+
+// The usage of one command, or of all when `only` is null.
+KelText UsageText(const CfgCommandRow* only)
+{
+    KelText commands;
+    for (const CfgCommandRow& row : cfgCommands)
+        if (!only || only == &row)
+            commands += TransferMessage(row.usage) + u"\n";
+    return Say(kTextCfgUsage, commands);
+}
+
+// A wrong command line: one line naming the problem (none when nothing was
+// given at all), then the usage, on standard error.
+CfgParsed Wrong(CfgConsole& console, const KelText& problem)
 {
     if (!problem.IsEmpty())
         console.Err(problem);
-    ErrLines(console, TransferMessage(kTextCfgUsage));
-    return false;
+    ErrLines(console, UsageText(nullptr));
+    return CfgParsed::Wrong;
+}
+
+// Asked for: the text on standard output, with CR LF line ends.
+CfgParsed Answer(CfgConsole& console, const KelText& text)
+{
+    KelText lines;
+    for (const char16_t unit : text.View())
+    {
+        if (unit == u'\n')
+            lines += u'\r';
+        lines += unit;
+    }
+    console.Out(lines + u"\r\n");
+    return CfgParsed::Answered;
 }
 
 // The value of a switch "<name><value>" (name matched without regard to case).
@@ -101,21 +166,44 @@ KelText LocalTimestamp()
 }
 } // namespace
 
-bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& request,
-                          CfgConsole& console)
+CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest& request,
+                               CfgConsole& console)
 {
     request = KelCfgRequest();
+    // "/l=" may come anywhere, also before the command; the dictionary took
+    // it at start.
+    std::vector<KelText> arguments;
+    KelText language;
+    for (const KelText& argument : given)
+        if (!SwitchValue(argument, u"/l=", language))
+            arguments.push_back(argument);
     if (arguments.empty())
-        return Usage(console, KelText());
-    const KelText& command = arguments.front();
-    if (command == u"export")
-        request.command = KelCfgRequest::Command::Export;
-    else if (command == u"import")
-        request.command = KelCfgRequest::Command::Import;
-    else if (command == u"diff")
-        request.command = KelCfgRequest::Command::Diff;
-    else
-        return Usage(console, Say(kTextCfgUnknownCommand, command));
+        return Wrong(console, KelText());
+    const KelText& first = arguments.front();
+    if (IsHelp(first))
+    {
+        if (arguments.size() < 2)
+            return Answer(console, UsageText(nullptr));
+        const CfgCommandRow* asked = FindCommand(arguments[1]);
+        if (!asked)
+            return Wrong(console, Say(kTextCfgUnknownCommand, arguments[1]));
+        return Answer(console, UsageText(asked));
+    }
+    if (first == u"--version")
+        return Answer(console,
+                      u"kelcfg " + EncodedText(kVersionText, -1, EncodedText::Ansi).ToText());
+
+    const CfgCommandRow* row = FindCommand(first);
+    if (!row)
+        return Wrong(
+            console,
+            Say(LooksLikeOption(first) ? kTextCfgUnknownOption : kTextCfgUnknownCommand, first));
+    request.command = row->command;
+    // Help after a command answers with that command's usage, whatever else
+    // the line holds.
+    for (size_t i = 1; i < arguments.size(); ++i)
+        if (IsHelp(arguments[i]))
+            return Answer(console, UsageText(row));
 
     KelText typedProduct;
     bool productGiven = false;
@@ -130,28 +218,26 @@ bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& 
         }
         else if (SwitchValue(argument, u"-config=", value))
             request.config = value;
-        else if (SwitchValue(argument, u"/l=", value))
-            continue; // the dictionary's language, taken at start
         else if (argument == u"--dry-run")
             request.dryRun = true;
-        else if (argument.Length() > 1 && (argument.At(0) == u'-' || argument.At(0) == u'/'))
-            return Usage(console, Say(kTextCfgUnknownOption, argument));
+        else if (LooksLikeOption(argument))
+            return Wrong(console, Say(kTextCfgUnknownOption, argument));
         else if (!request.file.IsEmpty())
-            return Usage(console, Say(kTextCfgOneFile, argument));
+            return Wrong(console, Say(kTextCfgOneFile, argument));
         else
             request.file = argument;
     }
 
     if (!productGiven || typedProduct.IsEmpty())
-        return Usage(console, TransferMessage(kTextCfgNeedsProduct));
+        return Wrong(console, TransferMessage(kTextCfgNeedsProduct));
     request.product = CanonicalProductName(typedProduct);
     if (request.product.IsEmpty())
-        return Usage(console, Say(kTextCfgNoProduct, typedProduct));
-    if (request.dryRun && request.command != KelCfgRequest::Command::Import)
-        return Usage(console, TransferMessage(kTextCfgDryRunOnlyImport));
-    if (request.file.IsEmpty() && request.command != KelCfgRequest::Command::Export)
-        return Usage(console, Say(kTextCfgNeedsFile, command));
-    return true;
+        return Wrong(console, Say(kTextCfgNoProduct, typedProduct));
+    if (request.dryRun && !row->takesDryRun)
+        return Wrong(console, TransferMessage(kTextCfgDryRunOnlyImport));
+    if (request.file.IsEmpty() && row->needsFile)
+        return Wrong(console, Say(kTextCfgNeedsFile, first));
+    return CfgParsed::Run;
 }
 
 KelText FindKelCfgConfiguration(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
@@ -272,13 +358,21 @@ int32_t KelCfgMain(const std::vector<KelText>& arguments, const KelText& command
             StartupLanguage(commandLine, ProductFromCommandLine(commandLine)), false);
         RegisterEditorSwitches(app);
         KelCfgRequest request;
-        if (!ParseKelCfgArguments(arguments, request, console))
+        const CfgParsed parsed = ParseKelCfgArguments(arguments, request, console);
+        if (parsed == CfgParsed::Wrong)
             exitCode = kCfgUsage;
+        else if (parsed == CfgParsed::Answered)
+            exitCode = kCfgDone;
         else
         {
             app.SetApplicationName(KelText(kApplicationName));
             app.SetProductName(request.product);
-            app.RegisterRelease(request.product, KelText(kRelease), true);
+            // Only an import that writes makes the product's data folders, as
+            // the editor's start does; an export, a diff and a dry run leave
+            // the disk as it was.
+            const bool writes =
+                request.command == KelCfgRequest::Command::Import && !request.dryRun;
+            app.RegisterRelease(request.product, KelText(kRelease), true, writes);
             exitCode = RunKelCfg(app, request, console, LocalTimestamp());
         }
     }

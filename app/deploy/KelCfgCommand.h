@@ -22,7 +22,11 @@ public:
 //   kelcfg export -app=<product> [-config=<folder>] [<file>]
 //   kelcfg import -app=<product> [-config=<folder>] <file> [--dry-run]
 //   kelcfg diff -app=<product> [-config=<folder>] <file>
+//   kelcfg --help [<command>]      (also -h, -?, /?; also after a command)
+//   kelcfg --version
 // "/l=<language>" may come anywhere (it chooses the dictionary's language).
+// The commands, their usage and what they take are one table in
+// KelCfgCommand.cpp.
 struct KelCfgRequest
 {
     enum class Command
@@ -43,10 +47,18 @@ constexpr int32_t kCfgDone = 0;
 constexpr int32_t kCfgFailed = 1;
 constexpr int32_t kCfgUsage = 2;
 
-// Reads the arguments (without the program's name). A wrong command line is
-// told on `console` with the usage, and the answer is false.
-bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& request,
-                          CfgConsole& console);
+// What the command line asks for.
+enum class CfgParsed
+{
+    Run,      // `request` holds a command to run
+    Answered, // the usage or the version went to standard output (exit 0)
+    Wrong,    // one line naming the problem and the usage went to standard error (exit 2)
+};
+
+// Reads the arguments (without the program's name) into `request`; the
+// help and version requests are answered on `console` at once.
+CfgParsed ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& request,
+                               CfgConsole& console);
 
 // The configuration folder of a request: the folder given with -config= when
 // it holds the product's settings file, else the registered configuration of

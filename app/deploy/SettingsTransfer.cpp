@@ -135,8 +135,9 @@ KelText SettingsTransfer::Export(const KelText& timestamp)
         u"kelcfg import sets each \"Key = Value\" line and leaves every other value as it is.");
     file.Comment(
         u"A value in a comment is not set by an import: its note says why. \"(default)\" means");
-    file.Comment(u"that nothing is stored and the product shows its default; to set such a value,");
-    file.Comment(u"remove the \"#\" and the note.");
+    file.Comment(
+        u"that the product shows its default (a folder: the one inside the configuration);");
+    file.Comment(u"to set such a value, remove the \"#\" and the note.");
     file.Blank();
 
     for (const ViewEntry& entry : View())

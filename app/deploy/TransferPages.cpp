@@ -195,7 +195,7 @@ public:
             TransferKey key = MakeKey(
                 u"", TransferType::Folder, [this, kind] { return One(this->store.PathOf(kind)); },
                 [this, kind](const Items& items) { this->store.SetPath(kind, First(items)); },
-                [this, kind] { return this->store.IsPathSet(kind); });
+                [this, kind] { return IsOwnFolder(kind); });
             key.name = name;
             keys.push_back(std::move(key));
         }
@@ -203,6 +203,16 @@ public:
 
     KelText Section() const override { return KelText(u"Program Paths"); }
     void Load() override { store.SetSettingsFile(path, product, FindProductDescriptor(product)); }
+
+    // Whether a kind has a folder of its own. The store's save writes every
+    // kind, defaults included; a folder that is the kind's default inside
+    // this configuration still counts as the default, so that an export never
+    // pins this machine's default folders on another.
+    bool IsOwnFolder(int32_t kind)
+    {
+        return store.IsPathSet(kind) &&
+               store.PathOf(kind) != store.SettingsFolder() + SettingsContext::DefaultFolder(kind);
+    }
     PageReport Save() override { return SaveProgramPaths(store); }
     TransferPlaces Places() const override { return {{path}, {}}; }
 

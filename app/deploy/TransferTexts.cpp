@@ -11,14 +11,11 @@ struct EnglishText
 // The English wording of every text, as lang/English.txt has it.
 const EnglishText englishTexts[] = {
     {9800,
-     u"Usage:\n  kelcfg export -app=<product> [-config=<folder>] [<file>]\n  kelcfg import "
-     u"-app=<product> [-config=<folder>] <file> [--dry-run]\n  kelcfg diff -app=<product> "
-     u"[-config=<folder>] <file>\n\nexport writes the product's settings to the file (to standard "
-     u"output without a file); import sets the values that the file gives (--dry-run only shows "
-     u"the changes); diff shows the changes that an import would make.\nProducts: Plotwise, "
-     u"Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost. /l=<language> "
-     u"chooses the language of the messages.\nExit codes: 0 done, 1 the file has errors or the "
-     u"settings could not be written, 2 the command line is wrong."},
+     u"Usage:\n%s  kelcfg --help [<command>]   (also -h, /?)\n  kelcfg --version\n\nProducts: "
+     u"Plotwise, Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost.\n-config= "
+     u"names the configuration folder or a registered configuration.\n/l=<language> chooses the "
+     u"language of the messages.\nExit codes: 0 done, 1 the file has errors or the settings could "
+     u"not be written, 2 the command line is wrong."},
     {9801, u"Unknown command \"%s\"."},
     {9802, u"Name the product with -app=<product>."},
     {9803, u"\"%s\" is not a product."},
@@ -60,6 +57,12 @@ const EnglishText englishTexts[] = {
     {9838, u"Nothing was written: \"%s\" could not be read first."},
     {9839, u"Values that an import would change: %i."},
     {9840, u"\"%s =\" without a value stands for no links at all; it cannot come with other links"},
+    {9847, u"  kelcfg export -app=<product> [-config=<folder>] [<file>]\n      writes the "
+           u"product's settings to the file (to standard output without a file)."},
+    {9848, u"  kelcfg import -app=<product> [-config=<folder>] <file> [--dry-run]\n      sets the "
+           u"values that the file gives; --dry-run shows the changes and writes nothing."},
+    {9849, u"  kelcfg diff -app=<product> [-config=<folder>] <file>\n      shows the changes that "
+           u"an import would make."},
     {9870, u"The settings file \"%s\" is read-only; nothing was changed."},
     {9871, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
            u"again in a moment."},

@@ -51,6 +51,10 @@ enum TransferText : int32_t
     kTextCfgSnapshotFailed = 9838,
     kTextCfgWouldChange = 9839,
     kTextCfgEmptyListMixed = 9840,
+    // The usage lines of one command each (the usage, 9800, lists them).
+    kTextCfgUsageExport = 9847,
+    kTextCfgUsageImport = 9848,
+    kTextCfgUsageDiff = 9849,
     kTextCfgReadOnly = 9870,
     kTextCfgBusy = 9871,
 };

@@ -22,14 +22,16 @@ TEST_F(EditKel, WithoutProductItEndsQuietly)
 
 TEST_F(EditKel, PlotwiseDemoOpensTheTitledDialogAndOkSaves)
 {
-    RegisterConfiguration(L"Plotwise", L"Demo", DemoCopy(L"Demo"));
+    RegisterConfiguration(L"Plotwise", L"Demo", SharedDemoCopy());
     // The product typed in another case is spelled canonically in the title.
     TargetProcess editor = StartEditKel(L"-app=pLOTWISE");
     HWND picker = editor.WaitForWindow(L"Select Configuration - Plotwise");
     const std::vector<std::vector<std::wstring>> rows = ListRows(Control(picker, PickerList));
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0][0], L"Demo");
-    EXPECT_NE(rows[0][1].find(L"kel-e2e\\Demo"), std::wstring::npos);
+    EXPECT_NE(rows[0][1].find(L"\\Documents\\Orvantix\\Brindlecove 2023\\Demo"),
+              std::wstring::npos)
+        << Utf8(rows[0][1]);
 
     HWND dialog = PickConfiguration(editor, L"Plotwise", L"Demo");
     EXPECT_EQ(Text(dialog), L"Plotwise" + TitleTail);

@@ -5,6 +5,8 @@
 #include "tests/e2e/support/KelCfgRun.h"
 
 #include <fstream>
+#include <string>
+#include <vector>
 
 using namespace EditKelSession;
 
@@ -13,6 +15,67 @@ namespace
 bool Holds(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
+}
+
+// Every key and value below `key` (names, types and data), one line each.
+void DescribeKey(HKEY root, const std::wstring& key, std::string& out)
+{
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(root, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS)
+        return;
+    out += Utf8(key) + "\n";
+    wchar_t name[16384];
+    BYTE data[65536];
+    for (DWORD i = 0;; ++i)
+    {
+        DWORD nameLength = 16384, type = 0, size = sizeof data;
+        if (RegEnumValueW(opened, i, name, &nameLength, nullptr, &type, data, &size) !=
+            ERROR_SUCCESS)
+            break;
+        out += "  " + Utf8(name) + " " + std::to_string(type) + " " +
+               std::string(reinterpret_cast<const char*>(data), size) + "\n";
+    }
+    std::vector<std::wstring> subKeys;
+    for (DWORD i = 0;; ++i)
+    {
+        DWORD nameLength = 16384;
+        if (RegEnumKeyExW(opened, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS)
+            break;
+        subKeys.push_back(name);
+    }
+    RegCloseKey(opened);
+    for (const std::wstring& sub : subKeys)
+        DescribeKey(root, key + L"\\" + sub, out);
+}
+
+fs::path KnownFolder(int csidl)
+{
+    wchar_t path[MAX_PATH] = {};
+    SHGetFolderPathW(nullptr, csidl, nullptr, 0, path);
+    return path;
+}
+
+// What a command that writes nothing must leave as it was: the vendor's
+// registry branches of the user and of the machine, and every folder and file
+// (with its bytes) of the vendor's local and roaming data folders, the shared
+// documents and `configuration`.
+std::string Snapshot(const fs::path& configuration)
+{
+    std::string out;
+    DescribeKey(HKEY_CURRENT_USER, L"Software\\Orvantix", out);
+    DescribeKey(HKEY_LOCAL_MACHINE, L"Software\\Orvantix", out);
+    for (const fs::path& root :
+         {KnownFolder(CSIDL_LOCAL_APPDATA) / L"Orvantix", KnownFolder(CSIDL_APPDATA) / L"Orvantix",
+          SharedDocuments(), configuration})
+    {
+        std::error_code absent;
+        for (auto entry = fs::recursive_directory_iterator(root, absent);
+             entry != fs::recursive_directory_iterator(); ++entry)
+            out += Utf8(entry->path().wstring()) + "\n" +
+                   (entry->is_regular_file() ? FileBytes(entry->path()) + "\n" : "");
+    }
+    return out;
 }
 
 using KelCfg = Scenario;
@@ -32,6 +95,67 @@ TEST_F(KelCfg, AWrongCommandLineEndsWithTwoAndTheUsage)
     const Finished german = RunKelCfg(L"copy /l=Deutsch");
     EXPECT_EQ(german.exitCode, 2u);
     EXPECT_TRUE(Holds(german.err, "Unbekannter Befehl \"copy\".\r\nAufruf:")) << german.err;
+}
+
+TEST_F(KelCfg, HelpAndVersionGoToStandardOutputAndEndWithZero)
+{
+    for (const wchar_t* arguments : {L"--help", L"-h", L"/?"})
+    {
+        const Finished run = RunKelCfg(arguments);
+        EXPECT_EQ(run.exitCode, 0u) << Utf8(arguments);
+        EXPECT_EQ(run.out.find("Usage:\r\n  kelcfg export -app=<product>"), 0u) << run.out;
+        EXPECT_TRUE(run.err.empty()) << run.err;
+    }
+    const Finished diffHelp = RunKelCfg(L"diff --help");
+    EXPECT_EQ(diffHelp.exitCode, 0u);
+    EXPECT_EQ(diffHelp.out.find("Usage:\r\n  kelcfg diff -app=<product>"), 0u) << diffHelp.out;
+    EXPECT_FALSE(Holds(diffHelp.out, "kelcfg import"));
+
+    const Finished version = RunKelCfg(L"--version");
+    EXPECT_EQ(version.exitCode, 0u);
+    EXPECT_EQ(version.out, "kelcfg " KEL_VERSION_TEXT "\r\n");
+    EXPECT_TRUE(version.err.empty());
+
+    // An unknown option or command: one line naming it, then the usage.
+    for (const char* unknown : {"--frobnicate", "frobnicate"})
+    {
+        const Finished run = RunKelCfg(Wide(unknown));
+        EXPECT_EQ(run.exitCode, 2u);
+        EXPECT_TRUE(run.out.empty());
+        EXPECT_EQ(
+            run.err.find(std::string(unknown[0] == '-' ? "Unknown option" : "Unknown command") +
+                         " \"" + unknown + "\".\r\nUsage:\r\n"),
+            0u)
+            << run.err;
+    }
+}
+
+TEST_F(KelCfg, ADryRunADiffAndAnExportLeaveDiskAndRegistryAsTheyWere)
+{
+    const fs::path demo = DemoCopy(L"Demo");
+    RegisterConfiguration(L"Shopwise", L"Demo", demo);
+    // The product's data folders, which a writing start of the editor makes.
+    for (int csidl : {CSIDL_LOCAL_APPDATA, CSIDL_APPDATA})
+        fs::remove_all(KnownFolder(csidl) / L"Orvantix" / (L"Brindlecove " + Wide(KEL_RELEASE)) /
+                       L"Shopwise");
+    const fs::path file = demo / L"settings.txt";
+    std::ofstream(file, std::ios::binary) << "[Common Options]\nLanguage = Deutsch\nNUMPAD = ON\n"
+                                             "[Program Paths]\nReports = D:/Elsewhere/\n";
+    const std::string before = Snapshot(demo);
+
+    const std::wstring quoted = L" \"" + file.wstring() + L"\"";
+    for (const std::wstring& command :
+         {L"import --dry-run -app=Shopwise" + quoted, L"diff -app=Shopwise" + quoted,
+          std::wstring(L"export -app=Shopwise")})
+    {
+        const Finished run = RunKelCfg(command);
+        EXPECT_EQ(run.exitCode, 0u) << Utf8(command) << run.err;
+        EXPECT_TRUE(Holds(run.out, command[0] == L'e'
+                                       ? "[Common Options]"
+                                       : "Common Options/Language: English (default) -> Deutsch"))
+            << run.out;
+        EXPECT_EQ(Snapshot(demo), before) << Utf8(command);
+    }
 }
 
 TEST_F(KelCfg, ExportsTheDemoConfigurationOfShopwise)

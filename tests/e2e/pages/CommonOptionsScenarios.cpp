@@ -80,3 +80,45 @@ TEST_F(CommonOptions, ShopwiseStartFolderWithoutSettingsFileWarnsAndKeepsIt)
     EXPECT_EQ(editor.WaitForExit(), 0u);
     EXPECT_EQ(ReadString(L"Shopwise", L"StartIn"), elsewhere);
 }
+
+// The product's stored language is the editor's language unless "/l=" names
+// another; the language box shows the stored text as it is spelt, OK keeps it
+// when the user leaves the box alone, and a chosen item replaces it.
+TEST_F(CommonOptions, TheStoredLanguageIsTheEditorsAndIsKeptAsSpelt)
+{
+    demo = SharedDemoCopy();
+    RegisterConfiguration(L"Tallywise", L"Demo", demo);
+    WriteString(L"Tallywise", L"Language", L"DEUTSCH");
+    {
+        TargetProcess editor = StartEditKel(L"-app=Tallywise");
+        dialog = PickConfiguration(editor, L"Tallywise", L"Demo", PickerTitle(L"/l=Deutsch"));
+        HWND page = ShowPage(dialog, L"Allgemeine Optionen", kCommonNumpad);
+        EXPECT_EQ(Text(Control(dialog, IDCANCEL)), L"Abbrechen");
+        EXPECT_EQ(Text(Control(page, kCommonLanguage)), L"DEUTSCH");
+        Screenshot(L"stored-language", dialog, L"common");
+        Press(Control(dialog, IDOK));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+        EXPECT_EQ(ReadString(L"Tallywise", L"Language"), L"DEUTSCH");
+    }
+    {
+        TargetProcess editor = StartEditKel(L"-app=Tallywise /l=English");
+        dialog = PickConfiguration(editor, L"Tallywise", L"Demo");
+        HWND page = ShowPage(dialog, L"Common Options", kCommonNumpad);
+        EXPECT_EQ(Text(Control(dialog, IDCANCEL)), L"Cancel");
+        EXPECT_EQ(Text(Control(page, kCommonLanguage)), L"DEUTSCH");
+        SelectComboItem(Control(page, kCommonLanguage), L"Fran\u00e7ais");
+        Press(Control(dialog, IDOK));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+        EXPECT_EQ(ReadString(L"Tallywise", L"Language"), L"Fran\u00e7ais");
+    }
+    // A stored name that names no language of the dictionary: English.
+    WriteString(L"Tallywise", L"Language", L"Klingon");
+    {
+        TargetProcess editor = StartEditKel(L"-app=Tallywise");
+        dialog = PickConfiguration(editor, L"Tallywise", L"Demo");
+        HWND page = ShowPage(dialog, L"Common Options", kCommonNumpad);
+        EXPECT_EQ(Text(Control(page, kCommonLanguage)), L"Klingon");
+        Press(Control(dialog, IDCANCEL));
+        EXPECT_EQ(editor.WaitForExit(), 0u);
+    }
+}

@@ -57,16 +57,29 @@ inline fs::path SharedDocuments()
     return fs::path(path) / L"Orvantix" / (L"Brindlecove " + Wide(KEL_RELEASE));
 }
 
+// A fresh copy of the demo configuration in `folder`.
+inline fs::path CopyDemoTo(const fs::path& folder)
+{
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    fs::copy(fs::path(WindowsPath(KEL_DEMO_DIR)), folder, fs::copy_options::recursive);
+    return folder;
+}
+
 // A fresh copy of the demo configuration, in a folder of the test's own.
 inline fs::path DemoCopy(const wchar_t* name)
 {
     wchar_t temp[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, temp);
-    const fs::path folder = fs::path(temp) / L"kel-e2e" / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    fs::copy(fs::path(WindowsPath(KEL_DEMO_DIR)), folder, fs::copy_options::recursive);
-    return folder;
+    return CopyDemoTo(fs::path(temp) / L"kel-e2e" / name);
+}
+
+// The demo configuration where the run command installs it, the folder
+// "Demo" of the shared documents (which every scenario starts without), so
+// that screenshots show the paths a user sees.
+inline fs::path SharedDemoCopy()
+{
+    return CopyDemoTo(SharedDocuments() / L"Demo");
 }
 
 // The full key below HKEY_CURRENT_USER: the branch, then `sub` when given.
@@ -270,13 +283,14 @@ protected:
         return L"Select Configuration";
     }
 
-    // Registers a fresh demo copy for `product` as "Demo", starts the editor
+    // Registers a fresh shared demo copy for `product` as "Demo" (the shared
+    // documents' sub-folder is found as "Demo" too), starts the editor
     // with "-app=<product>" and `extra` (a language among them, see
     // PickerTitle) and confirms the picker; `dialog` is the configuration
     // dialog that opens.
     TargetProcess OpenDemo(const wchar_t* product, const std::wstring& extra = {})
     {
-        demo = DemoCopy(L"Demo");
+        demo = SharedDemoCopy();
         RegisterConfiguration(product, L"Demo", demo);
         TargetProcess editor =
             StartEditKel(L"-app=" + std::wstring(product) + (extra.empty() ? L"" : L" " + extra));

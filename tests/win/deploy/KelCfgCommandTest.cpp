@@ -4,6 +4,7 @@
 // when there are several.
 #include <string>
 
+#include "app/Version.h"
 #include "app/deploy/KelCfgCommand.h"
 #include "tests/win/deploy/TransferTestSupport.h"
 
@@ -48,6 +49,8 @@ TEST_F(KelCfgCommand, AWrongCommandLineIsToldWithTheUsage)
     const Row rows[] = {
         {{}, ""},
         {Arguments({u"copy", u"-app=Shopwise"}), "Unknown command \"copy\"."},
+        {Arguments({u"--force"}), "Unknown option \"--force\"."},
+        {Arguments({u"--help", u"copy"}), "Unknown command \"copy\"."},
         {Arguments({u"export"}), "Name the product with -app=<product>."},
         {Arguments({u"export", u"-app=Teapot"}), "\"Teapot\" is not a product."},
         {Arguments({u"export", u"-app=Shopwise", u"-force"}), "Unknown option \"-force\"."},
@@ -61,20 +64,56 @@ TEST_F(KelCfgCommand, AWrongCommandLineIsToldWithTheUsage)
     {
         console.err.clear();
         KelCfgRequest request;
-        EXPECT_FALSE(ParseKelCfgArguments(row.arguments, request, console)) << row.said;
+        EXPECT_EQ(ParseKelCfgArguments(row.arguments, request, console), CfgParsed::Wrong)
+            << row.said;
         EXPECT_EQ(console.err.find(row.said), 0u) << console.err;
         EXPECT_NE(console.err.find("Usage:\n  kelcfg export"), std::string::npos);
+        EXPECT_TRUE(console.out.empty());
     }
 
     KelCfgRequest request;
-    ASSERT_TRUE(ParseKelCfgArguments(Arguments({u"IMPORT", u"/l=Deutsch", u"-app=shopwise",
-                                                u"C:/a b.txt", u"--dry-run", u"-config=Demo"}),
-                                     request, console));
+    ASSERT_EQ(ParseKelCfgArguments(Arguments({u"IMPORT", u"/l=Deutsch", u"-app=shopwise",
+                                              u"C:/a b.txt", u"--dry-run", u"-config=Demo"}),
+                                   request, console),
+              CfgParsed::Run);
     EXPECT_EQ(request.command, KelCfgRequest::Command::Import);
     EXPECT_EQ(request.product.ToUtf8(), "Shopwise");
     EXPECT_EQ(request.file.ToUtf8(), "C:/a b.txt");
     EXPECT_EQ(request.config.ToUtf8(), "Demo");
     EXPECT_TRUE(request.dryRun);
+}
+
+TEST_F(KelCfgCommand, HelpAndVersionAnswerOnStandardOutput)
+{
+    KelCfgRequest request;
+    auto answer = [&](std::initializer_list<const char16_t*> texts)
+    {
+        console.out.clear();
+        console.err.clear();
+        EXPECT_EQ(ParseKelCfgArguments(Arguments(texts), request, console), CfgParsed::Answered);
+        EXPECT_TRUE(console.err.empty()) << console.err;
+        return console.out;
+    };
+    // Every command's usage, in CR LF lines.
+    for (const char16_t* help : {u"--help", u"-h", u"/?", u"-?"})
+    {
+        const std::string all = answer({help});
+        EXPECT_EQ(all.find("Usage:\r\n  kelcfg export -app=<product>"), 0u) << all;
+        EXPECT_NE(all.find("\r\n  kelcfg import "), std::string::npos);
+        EXPECT_NE(all.find("\r\n  kelcfg diff "), std::string::npos);
+        EXPECT_NE(all.find("Exit codes:"), std::string::npos);
+    }
+    // One command's usage: after the command (whatever else is wrong), or
+    // named after the help.
+    for (auto line : {Arguments({u"import", u"-app=Teapot", u"/?"}),
+                      Arguments({u"/l=Deutsch", u"--help", u"IMPORT"})})
+    {
+        console.out.clear();
+        ASSERT_EQ(ParseKelCfgArguments(line, request, console), CfgParsed::Answered);
+        EXPECT_EQ(console.out.find("Usage:\r\n  kelcfg import -app=<product>"), 0u) << console.out;
+        EXPECT_EQ(console.out.find("kelcfg export"), std::string::npos);
+    }
+    EXPECT_EQ(answer({u"--version"}), "kelcfg " KEL_VERSION_TEXT "\r\n");
 }
 
 TEST_F(KelCfgCommand, TheConfigurationIsFoundAsTheEditorFindsItWithoutThePicker)

@@ -119,6 +119,18 @@ TEST_F(CommonOptionsPage, StoredValuesAreShownAndValuesOfTheWrongTypeReadAsAbsen
     EXPECT_TRUE(GetString(Product(u"Login"), u"Auto Login").SameAs(u"1"));
 }
 
+TEST_F(CommonOptionsPage, AStoredLanguageShowsAsSpeltAndEnglishInAnyCaseIsRemoved)
+{
+    UseSettings("[GENERAL]\r\n");
+    PutString(Product(), u"Language", u"ENGLISH");
+    EditCommonOptions& page = OpenPage();
+    // Shown as stored, not in the spelling of the list's item.
+    EXPECT_TRUE(Language(page).SameAs(u"ENGLISH"));
+    // The built-in language, in whatever case, is kept as no value.
+    Ok();
+    EXPECT_TRUE(GetString(Product(), u"Language").SameAs(u"<absent>"));
+}
+
 TEST_F(CommonOptionsPage, ChangesReachTheRegistryAndTheSettingsFile)
 {
     UseSettings("[GENERAL]\r\nNUMPAD=ON\r\n");

@@ -3,6 +3,7 @@
 // store and on OK the settings file, and a settings file that cannot be
 // written keeping the dialog open and losing nothing.
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "app/pages/EditProgramPaths.h"
@@ -113,11 +114,47 @@ TEST_F(ProgramPathsPage, BrowsedFolderReachesTheFileOnOkCancelledOneNothing)
     EXPECT_FALSE(DialogOpen());
     EXPECT_TRUE(user.boxes.empty());
     EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Project").SameAs(u"E:/Jobs/2024/"));
-    // Unchanged folders go back as the file had them; defaults stay unwritten.
+    // Unchanged folders go back as the file had them, in their order; the
+    // kinds the file lacked join them with their defaults, in the product's
+    // order.
     EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Main").SameAs(u"C:\\Ledger\\"));
     EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Backup").SameAs(u"D:\\Backup"));
-    EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Database").SameAs(u"<absent>"));
+    EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", u"Database").SameAs(folder + u"Database/"));
     EXPECT_TRUE(SettingsValue(u"SCANNER", u"PORT").SameAs(u"COM3"));
+    const std::string bytes = FileBytes(); // UTF-16 with its mark
+    const std::string text =
+        KelText(reinterpret_cast<const char16_t*>(bytes.data() + 2), int32_t(bytes.size() / 2 - 1))
+            .ToUtf8();
+    const std::vector<std::vector<std::string>> orders = {
+        {"[PROGRAM PATHS]", "Main=", "Backup="},
+        {"[PROGRAM PATHS]", "Database=", "Reports=", "Project=E:/Jobs/2024/"}};
+    for (const std::vector<std::string>& keys : orders)
+    {
+        size_t at = 0;
+        for (const std::string& key : keys)
+        {
+            at = text.find(key, at);
+            EXPECT_NE(at, std::string::npos) << key << " in order in " << text;
+        }
+    }
+}
+
+TEST_F(ProgramPathsPage, OkWritesEveryPathOfTheProductIntoAFileWithoutTheSection)
+{
+    UseSettings("[GENERAL]\r\nUNITS=MM\r\n", u"Plotwise");
+    page = &Open<EditProgramPaths>();
+    Ok();
+    EXPECT_FALSE(DialogOpen());
+    const KindList& kinds = SettingsContext::Instance().Kinds();
+    ASSERT_EQ(kinds.Count(), 13);
+    for (int32_t i = 0; i < kinds.Count(); ++i)
+    {
+        const KelText name = SettingsContext::KindName(kinds.At(i));
+        EXPECT_TRUE(SettingsValue(u"PROGRAM PATHS", name.c_str())
+                        .SameAs(folder + SettingsContext::DefaultFolder(kinds.At(i))))
+            << name.ToUtf8();
+    }
+    EXPECT_TRUE(SettingsValue(u"GENERAL", u"UNITS").SameAs(u"MM"));
 }
 
 TEST_F(ProgramPathsPage, UnwritableSettingsFileRefusesAndKeepsTheChange)

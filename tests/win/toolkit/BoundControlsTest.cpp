@@ -26,6 +26,26 @@ public:
     KelText choice = u"beta";
 };
 
+// A drop-down with an edit bound to a text, as the language box of the
+// common options: items that differ from the stored text only in case.
+class DropDownPage : public PropertyPage
+{
+public:
+    DropDownPage(Window* owner, const char16_t* stored)
+        : PropertyPage(owner, kSecondPage, u"Drop-down"), choice(stored)
+    {
+    }
+    int32_t InitPage() override
+    {
+        auto& combo = AddControl<ComboBox>(kComboId, &choice);
+        for (const char16_t* item : {u"English", u"Deutsch"})
+            combo.AddItem(item);
+        combo.LoadValue();
+        return 0;
+    }
+    KelText choice;
+};
+
 using BoundControls = ToolkitTest;
 using Modal = ToolkitTest;
 } // namespace
@@ -54,6 +74,27 @@ TEST_F(BoundControls, OnlyWhatTheUserChangedIsWritten)
     Ok();
     EXPECT_EQ(page->flag, 0);
     EXPECT_FALSE(dialog->Exists());
+}
+
+TEST_F(BoundControls, ADropDownShowsTheStoredTextUntilTheUserChoosesAnItem)
+{
+    DropDownPage* page = &Open<DropDownPage>(u"DEUTSCH");
+    HWND combo = GetDlgItem(page->Handle(), kComboId);
+    EXPECT_TRUE(TextOf(combo).SameAs(u"DEUTSCH"));
+    Apply();
+    EXPECT_TRUE(page->choice.SameAs(u"DEUTSCH"));
+
+    // The user's choice of an item replaces it, in the item's spelling.
+    SendMessageW(combo, CB_SELECTSTRING, WPARAM(-1), LPARAM(L"Deutsch"));
+    SendMessageW(page->Handle(), WM_COMMAND, MAKEWPARAM(kComboId, CBN_SELCHANGE), LPARAM(combo));
+    Apply();
+    EXPECT_TRUE(page->choice.SameAs(u"Deutsch"));
+
+    // A text spelt as an item selects it.
+    page = &Open<DropDownPage>(u"English");
+    combo = GetDlgItem(page->Handle(), kComboId);
+    EXPECT_EQ(SendMessageW(combo, CB_GETCURSEL, 0, 0), 1);
+    EXPECT_TRUE(TextOf(combo).SameAs(u"English"));
 }
 
 TEST_F(BoundControls, EmptyDialogAndPageWithoutBindingsAccept)
