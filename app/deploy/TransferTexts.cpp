@@ -63,8 +63,8 @@ const EnglishText englishTexts[] = {
            u"values that the file gives; --dry-run shows the changes and writes nothing."},
     {9849, u"  kelcfg diff -app=<product> [-config=<folder>] <file>\n      shows the changes that "
            u"an import would make."},
-    {9870, u"The settings file \"%s\" is read-only; nothing was changed."},
-    {9871, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
+    {9860, u"The settings file \"%s\" is read-only; nothing was changed."},
+    {9861, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
            u"again in a moment."},
 };
 } // namespace

@@ -55,8 +55,8 @@ enum TransferText : int32_t
     kTextCfgUsageExport = 9847,
     kTextCfgUsageImport = 9848,
     kTextCfgUsageDiff = 9849,
-    kTextCfgReadOnly = 9870,
-    kTextCfgBusy = 9871,
+    kTextCfgReadOnly = 9860,
+    kTextCfgBusy = 9861,
 };
 
 // The text in the dictionary's language, or its English wording.
