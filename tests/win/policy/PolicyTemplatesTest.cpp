@@ -191,9 +191,13 @@ TEST_F(PolicyTemplates, EveryReferenceResolvesInEachLanguage)
         const auto adml = PolicyXml::Load(kFolder + "/" + culture + "/EditKel.adml");
         std::map<std::string, std::string> texts;
         for (const Element* text : adml->All("string"))
+        {
             if (!text->Attr("id").empty())
+            {
                 EXPECT_TRUE(texts.emplace(text->Attr("id"), text->text).second)
                     << "twice: " << text->Attr("id");
+            }
+        }
         for (const std::string& id : strings)
             EXPECT_FALSE(texts[id].empty()) << "no text for " << id;
         std::map<std::string, const Element*> shown;

@@ -162,6 +162,13 @@ struct RegistryWrite
     std::string text;
 };
 
+inline RegistryWrite MakeWrite(RegistryWrite::Type type, const std::string& key,
+                               const std::string& name, unsigned long number = 0,
+                               const std::string& text = {})
+{
+    return RegistryWrite{type, key, name, number, text};
+}
+
 // A setting of a policy: enabled or disabled, with the values of its elements
 // (an enum's item index, a text, a list's name/value pairs).
 struct Setting
@@ -178,12 +185,12 @@ inline void AddValue(const Element* holder, const std::string& key, const std::s
     if (!holder)
         return;
     if (holder->Child("delete"))
-        writes.push_back({RegistryWrite::Type::Delete, key, name});
+        writes.push_back(MakeWrite(RegistryWrite::Type::Delete, key, name));
     else if (const Element* decimal = holder->Child("decimal"))
         writes.push_back(
-            {RegistryWrite::Type::Dword, key, name, std::stoul(decimal->Attr("value"))});
+            MakeWrite(RegistryWrite::Type::Dword, key, name, std::stoul(decimal->Attr("value"))));
     else if (const Element* text = holder->Child("string"))
-        writes.push_back({RegistryWrite::Type::String, key, name, 0, text->text});
+        writes.push_back(MakeWrite(RegistryWrite::Type::String, key, name, 0, text->text));
 }
 
 inline void AddList(const Element* list, const std::string& key, std::vector<RegistryWrite>& writes)
@@ -215,9 +222,9 @@ inline std::vector<RegistryWrite> WritesOf(const Element& policy, const Setting&
             const std::string name = element->Attr("valueName");
             if (!setting.enabled)
             {
-                writes.push_back({element->name == "list" ? RegistryWrite::Type::DeleteAll
-                                                          : RegistryWrite::Type::Delete,
-                                  elementKey, name});
+                writes.push_back(MakeWrite(element->name == "list" ? RegistryWrite::Type::DeleteAll
+                                                                   : RegistryWrite::Type::Delete,
+                                           elementKey, name));
                 continue;
             }
             if (element->name == "enum")
@@ -226,13 +233,15 @@ inline std::vector<RegistryWrite> WritesOf(const Element& policy, const Setting&
                 AddValue(items.at(size_t(setting.item))->Child("value"), elementKey, name, writes);
             }
             else if (element->name == "text")
-                writes.push_back({RegistryWrite::Type::String, elementKey, name, 0, setting.text});
+                writes.push_back(
+                    MakeWrite(RegistryWrite::Type::String, elementKey, name, 0, setting.text));
             else if (element->name == "list")
             {
                 if (element->Attr("additive") != "true")
-                    writes.push_back({RegistryWrite::Type::DeleteAll, elementKey, ""});
+                    writes.push_back(MakeWrite(RegistryWrite::Type::DeleteAll, elementKey, ""));
                 for (const auto& [entryName, data] : setting.entries)
-                    writes.push_back({RegistryWrite::Type::String, elementKey, entryName, 0, data});
+                    writes.push_back(
+                        MakeWrite(RegistryWrite::Type::String, elementKey, entryName, 0, data));
             }
         }
     return writes;
