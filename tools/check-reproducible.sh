@@ -21,6 +21,10 @@ second_src=${2:-$(mktemp -d /tmp/editkel-repro.XXXXXX)}
 if [ -n "$(git status --porcelain --untracked-files=no)" ]; then
     echo "check-reproducible: the working tree has changes; the second build uses the last commit" >&2
 fi
+# The first build's package, for the last commit (its time goes into the zip).
+cmake "$first" >/dev/null
+cmake --build "$first" --target package >/dev/null
+
 rm -rf "$second_src"
 git clone -q --no-hardlinks "$root" "$second_src"
 second="$second_src/build/windows"
