@@ -74,6 +74,14 @@ set(wix ${KEL_WORK_DIR}/${KEL_NAME}.wix)
 file(REMOVE_RECURSE ${stage} ${wix})
 file(MAKE_DIRECTORY ${stage} ${wix})
 
+# strip writes the time into a program's header unless SOURCE_DATE_EPOCH
+# gives one: the commit's time, or 0 as the linker leaves it.
+if(KEL_SOURCE_DATE_EPOCH)
+    set(ENV{SOURCE_DATE_EPOCH} ${KEL_SOURCE_DATE_EPOCH})
+else()
+    set(ENV{SOURCE_DATE_EPOCH} 0)
+endif()
+
 file(STRINGS ${KEL_FILE_LIST} shipped)
 set(total_bytes 0)
 set(file_components "")
@@ -196,7 +204,6 @@ if(KEL_ZIP)
     # each with the time of the commit (SOURCE_DATE_EPOCH) or a fixed one.
     set(mtime "2023-01-01 00:00:00")
     if(KEL_SOURCE_DATE_EPOCH)
-        set(ENV{SOURCE_DATE_EPOCH} ${KEL_SOURCE_DATE_EPOCH})
         string(TIMESTAMP mtime "%Y-%m-%d %H:%M:%S" UTC)
     endif()
     file(GLOB_RECURSE entries RELATIVE ${KEL_WORK_DIR} ${stage}/*)
