@@ -201,17 +201,21 @@ sign_file(${KEL_MSI})
 if(KEL_ZIP)
     file(REMOVE ${KEL_ZIP})
     # The same files give the same zip: the entries in a fixed (sorted) order,
-    # each with the time of the commit (SOURCE_DATE_EPOCH) or a fixed one.
-    set(mtime "2023-01-01 00:00:00")
+    # each with the time of the commit (or a fixed one), and no extra fields
+    # (they would carry the files' access and change times).
+    find_program(zip_program zip REQUIRED)
+    set(epoch 1672531200) # 2023-01-01 00:00:00 UTC
     if(KEL_SOURCE_DATE_EPOCH)
-        string(TIMESTAMP mtime "%Y-%m-%d %H:%M:%S" UTC)
+        set(epoch ${KEL_SOURCE_DATE_EPOCH})
     endif()
     file(GLOB_RECURSE entries RELATIVE ${KEL_WORK_DIR} ${stage}/*)
     list(SORT entries)
     list(JOIN entries "\n" entry_lines)
     file(WRITE ${KEL_WORK_DIR}/${KEL_NAME}.entries "${entry_lines}\n")
-    execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${KEL_ZIP} --format=zip "--mtime=${mtime}"
-                            --files-from=${KEL_NAME}.entries
+    execute_process(COMMAND touch -d @${epoch} ${entries} WORKING_DIRECTORY ${KEL_WORK_DIR})
+    set(ENV{TZ} UTC)
+    execute_process(COMMAND ${zip_program} -X -D -q ${KEL_ZIP} -@
+                    INPUT_FILE ${KEL_WORK_DIR}/${KEL_NAME}.entries
                     WORKING_DIRECTORY ${KEL_WORK_DIR} RESULT_VARIABLE zipped)
     if(NOT zipped EQUAL 0)
         message(FATAL_ERROR "MakePackage.cmake: could not make ${KEL_ZIP}")

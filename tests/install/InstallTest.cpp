@@ -188,10 +188,12 @@ protected:
         EXPECT_EQ(found, expected);
         // The Group Policy templates: the ADMX and one ADML per language.
         if (expected.count(L"PolicyDefinitions"))
+        {
             for (const wchar_t* file : {L"EditKel.admx", L"en-US/EditKel.adml",
                                         L"de-DE/EditKel.adml", L"fr-FR/EditKel.adml"})
                 EXPECT_TRUE(fs::is_regular_file(folder / L"PolicyDefinitions" / file))
                     << Utf8(file);
+        }
 
         for (const std::wstring& product : Products)
         {
