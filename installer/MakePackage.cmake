@@ -20,7 +20,8 @@
 #                     KEL_SIGN_PASSWORD_FILE holding its password: the programs
 #                     and the MSI are signed with osslsigncode (SHA-256), with a
 #                     time stamp from KEL_SIGN_TIMESTAMP_URL when given
-#   KEL_SOURCE_DATE_EPOCH (optional) the time the zip's entries carry
+#   KEL_SOURCE_DATE_EPOCH (optional) the time the shipped files carry in the
+#                     programs' headers, the MSI's cabinet and the zip
 cmake_minimum_required(VERSION 3.25)
 
 foreach(required KEL_FILE_LIST KEL_NAME KEL_WORK_DIR KEL_MSI KEL_VERSION KEL_PRODUCT_CODE
@@ -154,6 +155,18 @@ endif()
 if(NOT EXISTS ${stage}/EditKel.exe)
     message(FATAL_ERROR "MakePackage.cmake: EditKel.exe is not among the shipped files")
 endif()
+# Every staged file carries the commit's time (or a fixed one): the MSI's
+# cabinet and the zip record it.
+set(epoch 1672531200) # 2023-01-01 00:00:00 UTC
+if(KEL_SOURCE_DATE_EPOCH)
+    set(epoch ${KEL_SOURCE_DATE_EPOCH})
+endif()
+file(GLOB_RECURSE staged_files ${stage}/*)
+execute_process(COMMAND touch -d @${epoch} ${staged_files} RESULT_VARIABLE touched)
+if(NOT touched EQUAL 0)
+    message(FATAL_ERROR "MakePackage.cmake: could not set the time of the staged files")
+endif()
+
 # Kilobytes, rounded up, as Programs and Features shows them.
 math(EXPR KEL_SIZE_KB "(${total_bytes} + 1023) / 1024")
 
@@ -204,15 +217,10 @@ if(KEL_ZIP)
     # each with the time of the commit (or a fixed one), and no extra fields
     # (they would carry the files' access and change times).
     find_program(zip_program zip REQUIRED)
-    set(epoch 1672531200) # 2023-01-01 00:00:00 UTC
-    if(KEL_SOURCE_DATE_EPOCH)
-        set(epoch ${KEL_SOURCE_DATE_EPOCH})
-    endif()
     file(GLOB_RECURSE entries RELATIVE ${KEL_WORK_DIR} ${stage}/*)
     list(SORT entries)
     list(JOIN entries "\n" entry_lines)
     file(WRITE ${KEL_WORK_DIR}/${KEL_NAME}.entries "${entry_lines}\n")
-    execute_process(COMMAND touch -d @${epoch} ${entries} WORKING_DIRECTORY ${KEL_WORK_DIR})
     set(ENV{TZ} UTC)
     execute_process(COMMAND ${zip_program} -X -D -q ${KEL_ZIP} -@
                     INPUT_FILE ${KEL_WORK_DIR}/${KEL_NAME}.entries
