@@ -79,6 +79,11 @@ StoredField& FieldTable::Choice(FieldBranch branch, const KelText& subKey, const
     return Add(std::move(field));
 }
 
+StoredField& FieldTable::ValueList(FieldBranch branch, const KelText& subKey)
+{
+    return Add(NewField(StoredField::Kind::ValueList, branch, subKey, KelText(), SaveRule::Manual));
+}
+
 void FieldTable::OpenDocument(const KelText& path)
 {
     document = std::make_unique<iniFile>(path);

@@ -35,6 +35,8 @@ public:
         Choice,         // registry REG_SZ holding one of the option texts <-> index
         SettingsString, // settings file key <-> KelText
         SettingsChoice, // settings file key holding one of the option texts <-> index
+        ValueList,      // every string value of a registry key, one item each; the page
+                        // reads and writes them itself (Load and Save skip it)
     };
 
     // The value is kept only while `flag` is non-zero: with the flag 0, a save
@@ -42,6 +44,46 @@ public:
     StoredField& KeptWhile(const int32_t* flag)
     {
         keptWhile = flag;
+        return *this;
+    }
+
+    // How the page shows the field; the Group Policy templates are made from
+    // this. `controlId` is the control on the page's template: its label and
+    // its kind (check box, edit box, list) come from the template.
+    StoredField& ShownBy(int32_t controlId)
+    {
+        control = controlId;
+        return *this;
+    }
+    // The dictionary texts of a choice's rows, in the order of the options.
+    StoredField& OptionLabels(std::vector<int32_t> labels)
+    {
+        optionLabels = std::move(labels);
+        return *this;
+    }
+    // A text shown by a check box: the ticked box stores `stored`, a cleared
+    // one deletes the value.
+    StoredField& CheckedAs(const KelText& stored)
+    {
+        checkedText = stored;
+        return *this;
+    }
+    // The box can be switched off on the page, never on.
+    StoredField& SwitchOffOnly()
+    {
+        switchOffOnly = true;
+        return *this;
+    }
+    // The page shows the value but never writes it (for this product).
+    StoredField& NeverWritten()
+    {
+        neverWritten = true;
+        return *this;
+    }
+    // The page's box lists the dictionary's languages.
+    StoredField& ListsLanguages()
+    {
+        languageNames = true;
         return *this;
     }
 
@@ -61,6 +103,12 @@ public:
     // The option texts of a choice; the member is an index into them.
     std::vector<const char16_t*> options;
     const int32_t* keptWhile = nullptr;
+    int32_t control = 0;
+    std::vector<int32_t> optionLabels;
+    KelText checkedText;
+    bool switchOffOnly = false;
+    bool neverWritten = false;
+    bool languageNames = false;
 
     bool IsRegistry() const
     {
@@ -103,6 +151,13 @@ public:
                         int32_t* member, std::vector<const char16_t*> options, int32_t defaultIndex,
                         SaveRule rule);
 
+    // Every string value of a key (a list the page keeps itself).
+    StoredField& ValueList(FieldBranch branch, const KelText& subKey);
+
+    // The page's dialog template: the controls the fields are shown by.
+    void ShownOn(int32_t templateId) { pageTemplate = templateId; }
+    int32_t PageTemplate() const { return pageTemplate; }
+
     // --- settings-file fields -------------------------------------------------
     // The settings document that the settings fields belong to (its full path).
     void OpenDocument(const KelText& path);
@@ -139,4 +194,5 @@ private:
     KelText product;
     std::vector<std::unique_ptr<StoredField>> fields;
     std::unique_ptr<iniFile> document;
+    int32_t pageTemplate = 0;
 };

@@ -90,4 +90,17 @@ enum TextNumber : int32_t
     kTextStartFolderLacksFile = 9646,
     kTextStartFolderSaved = 9647,
     kTextCommonOptionsTitle = 9649,
+
+    // Group Policy templates (the explain texts are put together from these).
+    kTextPolicySupportedOn = 9870,
+    kTextPolicyEveryProduct = 9871,
+    kTextPolicyBoolean = 9872,
+    kTextPolicySetting = 9873,
+    kTextPolicySwitchOffOnly = 9874,
+    kTextPolicyDefault = 9875,
+    kTextPolicyRegistry = 9876,
+    kTextPolicySameValue = 9877,
+    kTextPolicyEmpty = 9878,
+    kTextPolicyWebLinks = 9879,
+    kTextPolicyDescription = 9880,
 };

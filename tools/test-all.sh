@@ -35,6 +35,12 @@ step "release folder and gallery"
 (cd build/dist && sha256sum --check --strict SHA256SUMS)
 bash tools/refresh-gallery.sh build/windows
 
+step "reproducible release (second build in another folder) and signing"
+repro=$(mktemp -d /tmp/editkel-repro.XXXXXX)
+bash tools/check-reproducible.sh build/windows "$repro"
+bash tools/check-signing.sh "$repro/build/windows"
+rm -rf "$repro"
+
 step "native build (ASan + UBSan)"
 cmake --preset native >/dev/null
 cmake --build --preset native -j "$jobs"

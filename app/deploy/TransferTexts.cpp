@@ -57,15 +57,15 @@ const EnglishText englishTexts[] = {
     {9838, u"Nothing was written: \"%s\" could not be read first."},
     {9839, u"Values that an import would change: %i."},
     {9840, u"\"%s =\" without a value stands for no links at all; it cannot come with other links"},
+    {9841, u"The settings file \"%s\" is read-only; nothing was changed."},
+    {9842, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
+           u"again in a moment."},
     {9847, u"  kelcfg export -app=<product> [-config=<folder>] [<file>]\n      writes the "
            u"product's settings to the file (to standard output without a file)."},
     {9848, u"  kelcfg import -app=<product> [-config=<folder>] <file> [--dry-run]\n      sets the "
            u"values that the file gives; --dry-run shows the changes and writes nothing."},
     {9849, u"  kelcfg diff -app=<product> [-config=<folder>] <file>\n      shows the changes that "
            u"an import would make."},
-    {9860, u"The settings file \"%s\" is read-only; nothing was changed."},
-    {9861, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
-           u"again in a moment."},
 };
 } // namespace
 

@@ -55,8 +55,8 @@ enum TransferText : int32_t
     kTextCfgUsageExport = 9847,
     kTextCfgUsageImport = 9848,
     kTextCfgUsageDiff = 9849,
-    kTextCfgReadOnly = 9860,
-    kTextCfgBusy = 9861,
+    kTextCfgReadOnly = 9841,
+    kTextCfgBusy = 9842,
 };
 
 // The text in the dictionary's language, or its English wording.

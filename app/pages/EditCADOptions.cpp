@@ -20,29 +20,46 @@ constexpr int32_t kBrowseImage = 12;
 
 CadOptionsValues::CadOptionsValues(const KelText& product) : fields(product)
 {
+    fields.ShownOn(kCadOptionsTemplate);
     // Declared in the order they are written.
     fields
         .String(FieldBranch::Product, kToolbar, u"Icons", &iconsFolder, KelText(),
                 SaveRule::DeleteWhenEmpty)
-        .KeptWhile(&useIcons);
+        .KeptWhile(&useIcons)
+        .ShownBy(kCadIconsFolder);
     fields
         .String(FieldBranch::Product, kToolbar, u"MenuGroup", &menuGroup, KelText(),
                 SaveRule::DeleteWhenEmpty)
-        .KeptWhile(&useMenuGroup);
+        .KeptWhile(&useMenuGroup)
+        .ShownBy(kCadMenuGroup);
     fields
         .String(FieldBranch::Product, kToolbar, u"Pop0", &firstPopup, KelText(),
                 SaveRule::DeleteWhenEmpty)
-        .KeptWhile(&useFirstPopup);
-    fields.Dword(FieldBranch::Product, kToolbar, u"SkipMenuLoad", &skipMenuLoad, 0,
-                 SaveRule::DeleteWhenEmpty);
-    fields.String(FieldBranch::Product, KelText(), u"StoreEstDatabase", &storeEstimating, KelText(),
-                  SaveRule::DeleteWhenEmpty);
-    fields.Choice(FieldBranch::Product, KelText(), u"UseDWGDatabase", &drawingDatabase,
-                  {u"No", u"Yes", u"Prompt"}, 2, SaveRule::Always);
-    fields.Dword(FieldBranch::Product, KelText(), u"SkipValidateButtons", &skipValidateButtons, 0,
-                 SaveRule::Always);
-    fields.Dword(FieldBranch::Product, KelText(), u"ButtonLoadReport", &buttonLoadReport, 0,
-                 SaveRule::Always);
+        .KeptWhile(&useFirstPopup)
+        .ShownBy(kCadFirstPopup);
+    fields
+        .Dword(FieldBranch::Product, kToolbar, u"SkipMenuLoad", &skipMenuLoad, 0,
+               SaveRule::DeleteWhenEmpty)
+        .ShownBy(kCadSkipMenuLoad);
+    // The stored meaning is inverted: "FALSE" ticks the box.
+    fields
+        .String(FieldBranch::Product, KelText(), u"StoreEstDatabase", &storeEstimating, KelText(),
+                SaveRule::DeleteWhenEmpty)
+        .ShownBy(kCadKeepEstimatingOff)
+        .CheckedAs(kStoredFalse);
+    fields
+        .Choice(FieldBranch::Product, KelText(), u"UseDWGDatabase", &drawingDatabase,
+                {u"No", u"Yes", u"Prompt"}, 2, SaveRule::Always)
+        .ShownBy(kCadDrawingDatabase)
+        .OptionLabels({kTextNo, kTextYes, kTextDrawingDatabasePrompt});
+    fields
+        .Dword(FieldBranch::Product, KelText(), u"SkipValidateButtons", &skipValidateButtons, 0,
+               SaveRule::Always)
+        .ShownBy(kCadSkipValidate);
+    fields
+        .Dword(FieldBranch::Product, KelText(), u"ButtonLoadReport", &buttonLoadReport, 0,
+               SaveRule::Always)
+        .ShownBy(kCadButtonLoadReport);
 }
 
 void CadOptionsValues::Load()

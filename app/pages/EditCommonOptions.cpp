@@ -39,27 +39,47 @@ KelText InFolder(const KelText& folder, const KelText& name)
 CommonOptionsValues::CommonOptionsValues(const KelText& productName, const KelText& fileName)
     : product(productName), settingsFileName(fileName), fields(productName)
 {
+    fields.ShownOn(kCommonOptionsTemplate);
     // The per-user switches, always written, in this order.
-    switches[0] = &fields.Dword(FieldBranch::Application, u"COMMON", u"VirtualItemFolders",
-                                &virtualItemFolders, 0, SaveRule::Always);
-    switches[1] = &fields.Dword(FieldBranch::Application, u"COMMON", u"RegionalCSV", &regionalCsv,
-                                0, SaveRule::Always);
-    switches[2] = &fields.Dword(FieldBranch::Application, u"COMMON", u"CachePatterns",
-                                &cachePatterns, 1, SaveRule::Always);
-    switches[3] = &fields.Dword(FieldBranch::Application, u"COMMON", u"FancyToolbars",
-                                &fancyToolbars, 0, SaveRule::Always);
+    switches[0] = &fields
+                       .Dword(FieldBranch::Application, u"COMMON", u"VirtualItemFolders",
+                              &virtualItemFolders, 0, SaveRule::Always)
+                       .ShownBy(kCommonVirtualFolders);
+    switches[1] = &fields
+                       .Dword(FieldBranch::Application, u"COMMON", u"RegionalCSV", &regionalCsv, 0,
+                              SaveRule::Always)
+                       .ShownBy(kCommonRegionalCsv);
+    switches[2] = &fields
+                       .Dword(FieldBranch::Application, u"COMMON", u"CachePatterns", &cachePatterns,
+                              1, SaveRule::Always)
+                       .ShownBy(kCommonCachePatterns);
+    switches[3] = &fields
+                       .Dword(FieldBranch::Application, u"COMMON", u"FancyToolbars", &fancyToolbars,
+                              0, SaveRule::Always)
+                       .ShownBy(kCommonFancyToolbars);
 
     fields.OpenDocument(SettingsPath());
-    fields.SettingsChoice(u"GENERAL", u"NUMPAD", &numpad, {u"OFF", u"ON"}, 0);
+    fields.SettingsChoice(u"GENERAL", u"NUMPAD", &numpad, {u"OFF", u"ON"}, 0)
+        .ShownBy(kCommonNumpad);
 
     // The start folder is kept only while it is in use; the language "English"
     // is kept as no value (Save empties it first).
     startInField = &fields
                         .String(FieldBranch::Product, KelText(), u"StartIn", &startFolder,
                                 KelText(), SaveRule::DeleteWhenEmpty)
-                        .KeptWhile(&useStartFolder);
-    languageField = &fields.String(FieldBranch::Product, KelText(), u"Language", &language,
-                                   KelText(), SaveRule::DeleteWhenEmpty);
+                        .KeptWhile(&useStartFolder)
+                        .ShownBy(kCommonStartFolder);
+    languageField = &fields
+                         .String(FieldBranch::Product, KelText(), u"Language", &language, KelText(),
+                                 SaveRule::DeleteWhenEmpty)
+                         .ShownBy(kCommonLanguage)
+                         .ListsLanguages();
+    // Any stored text means automatic login; the page only ever deletes it.
+    autoLoginField = &fields
+                          .String(FieldBranch::Product, kLoginKey, kAutoLogin, &autoLoginText,
+                                  KelText(), SaveRule::Manual)
+                          .ShownBy(kCommonAutoLogin)
+                          .SwitchOffOnly();
 }
 
 KelText CommonOptionsValues::SettingsPath() const
@@ -87,12 +107,7 @@ void CommonOptionsValues::Load()
     if (language.IsEmpty())
         language = kEnglish;
 
-    autoLogin = 0;
-    RegistryKey login(fields.KeyPath(FieldBranch::Product, kLoginKey));
-    KelText autoLoginText;
-    if (login.IsOpen() && login.ReadString(kAutoLogin, autoLoginText) == RegistryRead::Ok &&
-        !autoLoginText.IsEmpty())
-        autoLogin = 1;
+    autoLogin = autoLoginText.IsEmpty() ? 0 : 1;
 
     autoLoginAtLoad = autoLogin;
     useStartFolder = startFolder.IsEmpty() ? 0 : 1;
@@ -137,11 +152,11 @@ PageReport CommonOptionsValues::Save()
 
     if (autoLoginAtLoad != 0 && autoLogin == 0)
     {
-        const KelText loginPath = fields.KeyPath(FieldBranch::Product, kLoginKey);
+        const KelText loginPath = fields.KeyPath(autoLoginField->branch, autoLoginField->place);
         if (RegistryKey::Exists(loginPath))
         {
             RegistryKey login(loginPath, RegistryKey::Access::Write);
-            login.DeleteValue(kAutoLogin);
+            login.DeleteValue(autoLoginField->name);
         }
     }
 

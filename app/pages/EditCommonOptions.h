@@ -60,6 +60,9 @@ private:
     StoredField* switches[4] = {};
     StoredField* languageField = nullptr;
     StoredField* startInField = nullptr;
+    StoredField* autoLoginField = nullptr;
+    // The stored "Auto Login" text; only whether it is empty counts.
+    KelText autoLoginText;
 };
 
 // The common options page (template 504), shown for every product.

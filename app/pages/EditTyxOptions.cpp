@@ -18,22 +18,32 @@ const char16_t kGeneral[] = u"GENERAL";
 TyxOptionsValues::TyxOptionsValues(const KelText& productName)
     : product(productName), fields(productName)
 {
+    fields.ShownOn(kTyxOptionsTemplate);
     fields.OpenDocument(SettingsPath());
-    fields.SettingsString(kGeneral, u"SUPPORT", &support, KelText());
-    fields.SettingsChoice(kGeneral, u"QUICKFULLEDIT", &quickFullEdit, {u"NO", u"YES"}, 0);
-    fields.SettingsChoice(kGeneral, u"CANEDITCATS", &canEditCats, {u"NO", u"YES"}, 0);
-    fields.SettingsChoice(kGeneral, u"PRINTWITHNONC", &printWithNonc, {u"NO", u"YES"}, 0);
+    fields.SettingsString(kGeneral, u"SUPPORT", &support, KelText()).ShownBy(kTyxSupport);
+    fields.SettingsChoice(kGeneral, u"QUICKFULLEDIT", &quickFullEdit, {u"NO", u"YES"}, 0)
+        .ShownBy(kTyxQuickFullEdit);
+    fields.SettingsChoice(kGeneral, u"CANEDITCATS", &canEditCats, {u"NO", u"YES"}, 0)
+        .ShownBy(kTyxCanEditCats);
+    fields.SettingsChoice(kGeneral, u"PRINTWITHNONC", &printWithNonc, {u"NO", u"YES"}, 0)
+        .ShownBy(kTyxPrintWithNonc);
 
     // The caption and the help file are kept only while their boxes are ticked.
     fields
         .String(FieldBranch::Product, KelText(), u"Caption", &caption, KelText(), SaveRule::Always)
-        .KeptWhile(&useCaption);
+        .KeptWhile(&useCaption)
+        .ShownBy(kTyxCaption);
     fields
         .String(FieldBranch::Product, KelText(), u"Help File", &helpFile, KelText(),
                 SaveRule::Always)
-        .KeptWhile(&useHelpFile);
-    welcomeField = &fields.Dword(FieldBranch::Product, KelText(), u"HideWelcomeScreen",
-                                 &hideWelcomeScreen, 0, SaveRule::Manual);
+        .KeptWhile(&useHelpFile)
+        .ShownBy(kTyxHelpFile);
+    welcomeField = &fields
+                        .Dword(FieldBranch::Product, KelText(), u"HideWelcomeScreen",
+                               &hideWelcomeScreen, 0, SaveRule::Manual)
+                        .ShownBy(kTyxHideWelcome);
+    if (!StoresWelcomeScreen())
+        welcomeField->NeverWritten();
 }
 
 KelText TyxOptionsValues::SettingsPath() const

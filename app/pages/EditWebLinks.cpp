@@ -91,6 +91,8 @@ struct ReadLink
 
 WebLinksValues::WebLinksValues(const KelText& productName) : product(productName), fields(product)
 {
+    fields.ShownOn(kWebLinksTemplate);
+    fields.ValueList(FieldBranch::Product, kWebLinksKey).ShownBy(kLinkList);
 }
 
 KelText WebLinksValues::KeyPath() const

@@ -42,6 +42,8 @@ public:
     // The full key text of the product's "WebLinks" key (ends in "\").
     KelText KeyPath() const;
     const KelText& ProductName() const { return product; }
+    // The stored list, with its place (the policy templates read it).
+    const FieldTable& Fields() const { return fields; }
 
     // The links in order, each "name=address".
     std::vector<KelText> links;

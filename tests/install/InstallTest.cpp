@@ -181,11 +181,19 @@ protected:
         uintmax_t bytes = 0;
         std::error_code error;
         for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
-        {
             found.insert(entry.path().filename().wstring());
-            bytes += entry.file_size();
-        }
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, error))
+            if (entry.is_regular_file())
+                bytes += entry.file_size();
         EXPECT_EQ(found, expected);
+        // The Group Policy templates: the ADMX and one ADML per language.
+        if (expected.count(L"PolicyDefinitions"))
+        {
+            for (const wchar_t* file : {L"EditKel.admx", L"en-US/EditKel.adml",
+                                        L"de-DE/EditKel.adml", L"fr-FR/EditKel.adml"})
+                EXPECT_TRUE(fs::is_regular_file(folder / L"PolicyDefinitions" / file))
+                    << Utf8(file);
+        }
 
         for (const std::wstring& product : Products)
         {
