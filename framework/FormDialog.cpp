@@ -163,6 +163,14 @@ bool FormDialog::OnNotify(NMHDR& header, LRESULT& result)
     return DialogFrame::OnNotify(header, result);
 }
 
+void FormDialog::ChangeDpi(int32_t newDpi)
+{
+    const int32_t oldDpi = Dpi();
+    DialogFrame::ChangeDpi(newDpi);
+    if (Dpi() != oldDpi)
+        layout.Scale(Dpi(), oldDpi);
+}
+
 INT_PTR FormDialog::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_DRAWITEM)

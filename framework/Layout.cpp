@@ -51,3 +51,15 @@ void Layout::Apply(int32_t width, int32_t height) const
     if (moves)
         EndDeferWindowPos(moves);
 }
+
+void Layout::Scale(int32_t numerator, int32_t denominator)
+{
+    for (Item& item : items)
+    {
+        RECT& r = item.start;
+        r = {MulDiv(r.left, numerator, denominator), MulDiv(r.top, numerator, denominator),
+             MulDiv(r.right, numerator, denominator), MulDiv(r.bottom, numerator, denominator)};
+        item.startClient = {MulDiv(item.startClient.cx, numerator, denominator),
+                            MulDiv(item.startClient.cy, numerator, denominator)};
+    }
+}

@@ -29,6 +29,9 @@ public:
     bool IsEmpty() const { return items.empty(); }
     // Moves the controls for the client size (width, height).
     void Apply(int32_t width, int32_t height) const;
+    // The page is shown at another resolution: every remembered rectangle and
+    // size is scaled by numerator / denominator (new and old dpi).
+    void Scale(int32_t numerator, int32_t denominator);
 
 private:
     struct Item
