@@ -423,6 +423,17 @@ INT_PTR StandardPropertyDialog::DialogProc(UINT message, WPARAM wParam, LPARAM l
             limits->ptMinTrackSize.y = leastSize.cy;
         }
         return TRUE;
+    case WM_DPICHANGED:
+    {
+        // Laid out for the new resolution first, so that the least size is
+        // that resolution's; the rectangle Windows suggests is never refused
+        // as too small (the sizes scale with rounding).
+        ChangeDpi(HIWORD(wParam));
+        const RECT& suggested = *reinterpret_cast<const RECT*>(lParam);
+        leastSize = {std::min<LONG>(leastSize.cx, suggested.right - suggested.left),
+                     std::min<LONG>(leastSize.cy, suggested.bottom - suggested.top)};
+        return PropertyDialog::DialogProc(message, wParam, lParam);
+    }
     case WM_DESTROY:
         SavePlacement();
         return PropertyDialog::DialogProc(message, wParam, lParam);

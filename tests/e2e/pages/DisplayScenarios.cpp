@@ -21,12 +21,18 @@ int Height(HWND window)
 }
 
 // A high-contrast scheme (white on black, as Windows' "High Contrast Black")
-// for as long as it lives; the colours before it come back afterwards.
+// for as long as it lives: classic drawing (no visual style, as Windows turns
+// it off for such a scheme; programs started meanwhile see it) and the
+// scheme's colours. The style and colours before it come back afterwards.
 class HighContrastColours
 {
 public:
     HighContrastColours()
     {
+        DWORD size = sizeof(themeActive);
+        RegGetValueW(HKEY_CURRENT_USER, kThemeKey, L"ThemeActive", RRF_RT_REG_SZ, nullptr,
+                     themeActive, &size);
+        RegSetKeyValueW(HKEY_CURRENT_USER, kThemeKey, L"ThemeActive", REG_SZ, L"0", 2 * 2);
         for (size_t i = 0; i < kElements.size(); ++i)
             saved[i] = GetSysColor(kElements[i]);
         const std::array<COLORREF, 12> scheme = {
@@ -35,9 +41,17 @@ public:
             RGB(255, 255, 255), RGB(0, 0, 0),       RGB(255, 255, 0), RGB(0, 0, 0)};
         SetSysColors(int(kElements.size()), kElements.data(), scheme.data());
     }
-    ~HighContrastColours() { SetSysColors(int(kElements.size()), kElements.data(), saved.data()); }
+    ~HighContrastColours()
+    {
+        SetSysColors(int(kElements.size()), kElements.data(), saved.data());
+        RegSetKeyValueW(HKEY_CURRENT_USER, kThemeKey, L"ThemeActive", REG_SZ, themeActive,
+                        DWORD((wcslen(themeActive) + 1) * 2));
+    }
 
 private:
+    static constexpr const wchar_t* kThemeKey =
+        L"Software\\Microsoft\\Windows\\CurrentVersion\\ThemeManager";
+    wchar_t themeActive[8] = L"1";
     static constexpr std::array<int, 12> kElements = {
         COLOR_WINDOW,    COLOR_WINDOWTEXT,    COLOR_BTNFACE,  COLOR_BTNTEXT,
         COLOR_HIGHLIGHT, COLOR_HIGHLIGHTTEXT, COLOR_GRAYTEXT, COLOR_3DLIGHT,
@@ -63,7 +77,10 @@ TEST_F(Display, GermanPageMovedToAMonitorOf144DpiTakesTheSuggestedSize)
 
     RECT after = {};
     GetWindowRect(dialog, &after);
-    EXPECT_TRUE(EqualRect(&after, &suggested));
+    EXPECT_TRUE(EqualRect(&after, &suggested))
+        << after.left << "," << after.top << "-" << after.right << "," << after.bottom << " for "
+        << suggested.left << "," << suggested.top << "-" << suggested.right << ","
+        << suggested.bottom;
     EXPECT_NEAR(double(Height(box)) / boxBefore, 1.5, 0.15);
     Screenshot(L"page", dialog, L"display");
     Press(Control(dialog, IDCANCEL));
