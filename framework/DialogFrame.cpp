@@ -52,11 +52,33 @@ int32_t MetricForDpi(int index, int32_t dpi)
                         : MulDiv(GetSystemMetrics(index), dpi, WindowDpi(nullptr));
 }
 
-RECT Scaled(const RECT& r, int32_t numerator, int32_t denominator)
+// The dialog base units of a font, as the dialog manager takes them: the
+// average width of the letters and the height of a line.
+SIZE FontBaseUnits(HFONT font)
 {
-    return {MulDiv(r.left, numerator, denominator), MulDiv(r.top, numerator, denominator),
-            MulDiv(r.right, numerator, denominator), MulDiv(r.bottom, numerator, denominator)};
+    HDC dc = GetDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, font);
+    TEXTMETRICW metrics = {};
+    GetTextMetricsW(dc, &metrics);
+    SIZE letters = {};
+    GetTextExtentPoint32W(dc, L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", 52,
+                          &letters);
+    SelectObject(dc, old);
+    ReleaseDC(nullptr, dc);
+    return {(letters.cx / 26 + 1) / 2, metrics.tmHeight};
 }
+} // namespace
+
+RECT ScaledByUnits(const RECT& r, SIZE to, SIZE from)
+{
+    if (from.cx <= 0 || from.cy <= 0)
+        return r;
+    return {MulDiv(r.left, to.cx, from.cx), MulDiv(r.top, to.cy, from.cy),
+            MulDiv(r.right, to.cx, from.cx), MulDiv(r.bottom, to.cy, from.cy)};
+}
+
+namespace
+{
 } // namespace
 
 bool DialogFrame::PreTranslateMessage(MSG& message)
@@ -141,9 +163,11 @@ RECT DialogFrame::ControlRect(int32_t id) const
 RECT DialogFrame::DialogUnitsToPixels(const RECT& units) const
 {
     RECT rect = units;
-    if (Handle())
+    if (Handle() && dpi == createdDpi)
         MapDialogRect(Handle(), &rect);
-    return dpi == createdDpi ? rect : Scaled(rect, dpi, createdDpi);
+    else if (Handle())
+        rect = ScaledByUnits(units, baseUnits, SIZE{4, 8});
+    return rect;
 }
 
 int32_t DialogFrame::DialogUnitsToPixelsX(int32_t units) const
@@ -229,8 +253,14 @@ void DialogFrame::ChangeDpi(int32_t newDpi)
         face.lfWidth = 0;
         font = CreateFontIndirectW(&face);
     }
-    // Every control moves and grows by the ratio; child dialogs (pages) are
+    // The dialog units of the new font: every control moves and grows as if
+    // the template had been laid out with it. Child dialogs (pages) are
     // placed by their dialog and change their own controls.
+    const SIZE oldUnits = baseUnits;
+    const SIZE newUnits =
+        newDpi == createdDpi ? createdUnits
+        : font               ? FontBaseUnits(font)
+               : SIZE{MulDiv(oldUnits.cx, newDpi, oldDpi), MulDiv(oldUnits.cy, newDpi, oldDpi)};
     for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
     {
         wchar_t kind[32] = {};
@@ -241,7 +271,7 @@ void DialogFrame::ChangeDpi(int32_t newDpi)
         if (lstrcmpiW(kind, L"ComboBox") == 0 &&
             SendMessageW(child, CB_GETDROPPEDCONTROLRECT, 0, LPARAM(&dropped)))
             rect.bottom = rect.top + (dropped.bottom - dropped.top);
-        rect = Scaled(rect, newDpi, oldDpi);
+        rect = ScaledByUnits(rect, newUnits, oldUnits);
         SetWindowPos(child, nullptr, rect.left, rect.top, rect.right - rect.left,
                      rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
         if (lstrcmpW(kind, L"#32770") == 0)
@@ -256,7 +286,7 @@ void DialogFrame::ChangeDpi(int32_t newDpi)
             {
                 const int width = int(SendMessageW(child, LVM_GETCOLUMNWIDTH, WPARAM(i), 0));
                 SendMessageW(child, LVM_SETCOLUMNWIDTH, WPARAM(i),
-                             MAKELPARAM(MulDiv(width, newDpi, oldDpi), 0));
+                             MAKELPARAM(MulDiv(width, newUnits.cx, oldUnits.cx), 0));
             }
         }
         InvalidateRect(child, nullptr, TRUE);
@@ -269,6 +299,7 @@ void DialogFrame::ChangeDpi(int32_t newDpi)
         scaledFont = font == createdFont ? nullptr : font;
     }
     dpi = newDpi;
+    baseUnits = newUnits;
     SetIcons();
     InvalidateRect(Handle(), nullptr, TRUE);
 }
@@ -276,6 +307,9 @@ void DialogFrame::ChangeDpi(int32_t newDpi)
 BOOL DialogFrame::OnInitDialog()
 {
     dpi = createdDpi = WindowDpi(Handle());
+    RECT units = {0, 0, 4, 8};
+    MapDialogRect(Handle(), &units);
+    baseUnits = createdUnits = {units.right, units.bottom};
     // The dialog lays itself out on a change of resolution (ChangeDpi); the
     // system's own rescaling of dialogs (Windows 10 1703 and later) is off.
     using DialogDpiBehavior = BOOL(WINAPI*)(HWND, int, int);

@@ -48,6 +48,10 @@ public:
     // (WM_DPICHANGED then takes the one Windows suggests).
     virtual void ChangeDpi(int32_t newDpi);
 
+    // The dialog base units now: the pixels of 4 horizontal and 8 vertical
+    // dialog units (they follow the font through ChangeDpi).
+    SIZE BaseUnits() const { return baseUnits; }
+
     // Converts dialog units of this dialog to pixels (at its current resolution).
     RECT DialogUnitsToPixels(const RECT& units) const;
     int32_t DialogUnitsToPixelsX(int32_t units) const;
@@ -80,6 +84,8 @@ private:
     // the units of the font the window was made with).
     int32_t dpi = 96;
     int32_t createdDpi = 96;
+    SIZE baseUnits = {0, 0};
+    SIZE createdUnits = {0, 0};
     // The template's font (the dialog manager's) and its size in points,
     // taken at the first change; the font made for another resolution,
     // owned while the window uses it.
@@ -87,3 +93,7 @@ private:
     int32_t fontPoints = 0;
     HFONT scaledFont = nullptr;
 };
+
+// A rectangle laid out in dialog units `from` (pixels per 4 horizontal and 8
+// vertical units) as it lies in units `to`.
+RECT ScaledByUnits(const RECT& rect, SIZE to, SIZE from);

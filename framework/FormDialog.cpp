@@ -165,10 +165,9 @@ bool FormDialog::OnNotify(NMHDR& header, LRESULT& result)
 
 void FormDialog::ChangeDpi(int32_t newDpi)
 {
-    const int32_t oldDpi = Dpi();
+    const SIZE oldUnits = BaseUnits();
     DialogFrame::ChangeDpi(newDpi);
-    if (Dpi() != oldDpi)
-        layout.Scale(Dpi(), oldDpi);
+    layout.Scale(BaseUnits(), oldUnits);
 }
 
 INT_PTR FormDialog::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)

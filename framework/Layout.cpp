@@ -52,14 +52,16 @@ void Layout::Apply(int32_t width, int32_t height) const
         EndDeferWindowPos(moves);
 }
 
-void Layout::Scale(int32_t numerator, int32_t denominator)
+void Layout::Scale(SIZE to, SIZE from)
 {
+    if (from.cx <= 0 || from.cy <= 0)
+        return;
     for (Item& item : items)
     {
         RECT& r = item.start;
-        r = {MulDiv(r.left, numerator, denominator), MulDiv(r.top, numerator, denominator),
-             MulDiv(r.right, numerator, denominator), MulDiv(r.bottom, numerator, denominator)};
-        item.startClient = {MulDiv(item.startClient.cx, numerator, denominator),
-                            MulDiv(item.startClient.cy, numerator, denominator)};
+        r = {MulDiv(r.left, to.cx, from.cx), MulDiv(r.top, to.cy, from.cy),
+             MulDiv(r.right, to.cx, from.cx), MulDiv(r.bottom, to.cy, from.cy)};
+        item.startClient = {MulDiv(item.startClient.cx, to.cx, from.cx),
+                            MulDiv(item.startClient.cy, to.cy, from.cy)};
     }
 }

@@ -30,8 +30,8 @@ public:
     // Moves the controls for the client size (width, height).
     void Apply(int32_t width, int32_t height) const;
     // The page is shown at another resolution: every remembered rectangle and
-    // size is scaled by numerator / denominator (new and old dpi).
-    void Scale(int32_t numerator, int32_t denominator);
+    // size goes from the dialog base units `from` to `to` (DialogFrame).
+    void Scale(SIZE to, SIZE from);
 
 private:
     struct Item

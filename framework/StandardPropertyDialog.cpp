@@ -217,8 +217,10 @@ void StandardPropertyDialog::ChangeDpi(int32_t newDpi)
     for (int32_t i = 0; i < PageCount(); ++i)
         if (Page(i)->Handle())
             Page(i)->ChangeDpi(newDpi);
-    leastSize = {MulDiv(leastSize.cx, newDpi, oldDpi), MulDiv(leastSize.cy, newDpi, oldDpi)};
+    const SIZE oldUnits = BaseUnits();
     PropertyDialog::ChangeDpi(newDpi);
+    const RECT least = ScaledByUnits(RECT{0, 0, leastSize.cx, leastSize.cy}, BaseUnits(), oldUnits);
+    leastSize = {least.right, least.bottom};
     RECT client = {};
     GetClientRect(Handle(), &client);
     OnSizeChanged(client.right, client.bottom);

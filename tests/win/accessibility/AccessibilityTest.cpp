@@ -158,6 +158,16 @@ int FontHeight(HWND window)
     return face.lfHeight < 0 ? -face.lfHeight : face.lfHeight;
 }
 
+// The screen's resolution: 96 dpi in the shared prefix, 144 where ctest runs
+// the test again in a prefix of its own (win_accessibility_144dpi).
+int ScreenDpi()
+{
+    HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+    ReleaseDC(nullptr, screen);
+    return dpi;
+}
+
 // Whether the caption fits the control: its text measured with the control's
 // font against the room the control leaves for it.
 bool CaptionFits(HWND control, Kind kind, int dpi, std::string& need)
@@ -173,7 +183,7 @@ bool CaptionFits(HWND control, Kind kind, int dpi, std::string& need)
     GetTextMetricsW(dc, &metrics);
     int room = client.right;
     if (kind == Kind::Box) // the box and the gap before the text
-        room -= MulDiv(GetSystemMetrics(SM_CXMENUCHECK) + 4, dpi, 96);
+        room -= MulDiv(GetSystemMetrics(SM_CXMENUCHECK), dpi, ScreenDpi()) + MulDiv(4, dpi, 96);
     if (kind == Kind::Push) // border and focus rectangle
         room -= MulDiv(8, dpi, 96);
     const LONG_PTR style = GetWindowLongPtrW(control, GWL_STYLE);
@@ -218,7 +228,7 @@ protected:
     }
 
     // Checks what `top` shows now; `where` names it in failures.
-    void CheckScreen(HWND top, const std::string& where, int dpi = 96)
+    void CheckScreen(HWND top, const std::string& where, int dpi)
     {
         ++tally.screens;
         std::vector<HWND> controls;
@@ -372,8 +382,12 @@ protected:
     Tally tally;
 };
 
+// Every window made at the screen's resolution, then moved to a monitor of
+// the other one of 96 and 144 dpi.
 TEST_F(Accessibility, EveryWindowOfEveryProductInEveryLanguageAt96And144Dpi)
 {
+    const int made = ScreenDpi();
+    const int moved = made == 144 ? 96 : 144;
     // As when a screen reader asks: every name goes to the system's
     // accessibility services (where it has them) as soon as it is given.
     const bool published = PublishAccessibleNames();
@@ -391,16 +405,16 @@ TEST_F(Accessibility, EveryWindowOfEveryProductInEveryLanguageAt96And144Dpi)
             {
                 ConfigPicker picker(candidates, fileName, product);
                 ASSERT_EQ(picker.Show(false), 1);
-                CheckScreen(picker.Handle(), tongue + " picker");
-                MoveToDpi(picker.Handle(), 96, 144);
-                CheckScreen(picker.Handle(), tongue + " picker at 144 dpi", 144);
+                CheckScreen(picker.Handle(), tongue + " picker", made);
+                MoveToDpi(picker.Handle(), made, moved);
+                CheckScreen(picker.Handle(), tongue + " picker moved to another dpi", moved);
             }
             dialog = std::make_unique<KelConfigDialog>(nullptr, u"Editor", product, fileName);
             ASSERT_EQ(dialog->Show(false), 1);
-            for (int dpi : {96, 144})
+            for (int dpi : {made, moved})
             {
-                if (dpi != 96)
-                    MoveToDpi(dialog->Handle(), 96, dpi);
+                if (dpi != made)
+                    MoveToDpi(dialog->Handle(), made, dpi);
                 for (int32_t page = 0; page < dialog->PageCount(); ++page)
                 {
                     ASSERT_TRUE(dialog->SelectPage(page));
@@ -415,15 +429,16 @@ TEST_F(Accessibility, EveryWindowOfEveryProductInEveryLanguageAt96And144Dpi)
         }
         EditWebLink link(nullptr, u"Home=http://example.com/");
         ASSERT_EQ(link.Show(false), 1);
-        CheckScreen(link.Handle(), tongue + " link dialog");
-        MoveToDpi(link.Handle(), 96, 144);
-        CheckScreen(link.Handle(), tongue + " link dialog at 144 dpi", 144);
+        CheckScreen(link.Handle(), tongue + " link dialog", made);
+        MoveToDpi(link.Handle(), made, moved);
+        CheckScreen(link.Handle(), tongue + " link dialog moved to another dpi", moved);
     }
-    std::printf("Checked %d screens (%d languages, %d products, 96 and 144 dpi), %d controls, "
+    std::printf("Made at %d dpi, moved to %d dpi: checked %d screens (%d languages, %d "
+                "products), %d controls, "
                 "%d access keys, %d Alt+key moves, %d captions measured. Names of input "
                 "controls confirmed by oleacc's get_accName: %d from their label, %d given "
                 "through IAccPropServices (%s); by the z-order rule alone: %d.\n",
-                tally.screens, int(std::size(kLanguages)), int(std::size(kProducts)),
+                made, moved, tally.screens, int(std::size(kLanguages)), int(std::size(kProducts)),
                 tally.controls, tally.keys, tally.altKeys, tally.fitted, tally.labelByOleacc,
                 tally.ownNameByOleacc, published ? "it took them" : "not available",
                 tally.namedByZOrder);
