@@ -77,10 +77,6 @@ RECT ScaledByUnits(const RECT& r, SIZE to, SIZE from)
             MulDiv(r.right, to.cx, from.cx), MulDiv(r.bottom, to.cy, from.cy)};
 }
 
-namespace
-{
-} // namespace
-
 bool DialogFrame::PreTranslateMessage(MSG& message)
 {
     return Exists() && IsDialogMessageW(Handle(), &message);
