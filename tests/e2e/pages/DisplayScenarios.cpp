@@ -92,12 +92,20 @@ TEST_F(Display, PagesPaintWithTheHighContrastSchemesColours)
     HighContrastColours scheme;
     TargetProcess editor = OpenDemo(L"Cutwise");
     HWND page = ShowPage(dialog, L"Cutwise", kTyxSupport);
-    // A point of the page's own background, right of the last check box's text.
+    // A point of the page's own background, right of the last check box's
+    // text. Other tests share the display: the dialog stays above their
+    // windows (topmost) and paints before the point is read.
     RECT free = {};
     GetWindowRect(Control(page, kTyxHideWelcome), &free);
+    SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    RedrawWindow(dialog, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    Send(dialog, WM_NULL);
+    Sleep(300);
     HDC screen = GetDC(nullptr);
     const COLORREF background = GetPixel(screen, free.right - 2, free.bottom + 6);
     ReleaseDC(nullptr, screen);
+    SetWindowPos(dialog, HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     EXPECT_EQ(background, GetSysColor(COLOR_BTNFACE));
     Screenshot(L"page", dialog, L"display");
     Press(Control(dialog, IDCANCEL));
