@@ -4,8 +4,10 @@
 #include <uxtheme.h>
 #include <vssym32.h>
 
+#include "framework/AccessibleName.h"
 #include "framework/FormDialog.h"
 #include "framework/SharedImageList.h"
+#include "text/AccessKey.h"
 
 namespace
 {
@@ -57,11 +59,11 @@ void BitmapButton::SetImage(int32_t index)
 
 void BitmapButton::SetToolTip(const KelText& text)
 {
-    KelText tip = text;
-    // A mnemonic "&" means nothing in a tip.
-    for (int32_t at = tip.Find(u'&'); at > 0; at = tip.Find(u'&', at + 1))
-        tip.Delete(at, 1);
+    // The access-key mark means nothing in a tip. The picture says nothing
+    // to a screen reader either: the tip is what it announces.
+    const KelText tip = WithoutAccessKey(text);
     Page().ToolTips().SetToolText(*this, tip);
+    SetAccessibleName(Handle(), tip);
 }
 
 bool BitmapButton::OnCommand(int32_t code)
@@ -82,7 +84,7 @@ bool BitmapButton::OnDrawItem(DRAWITEMSTRUCT& item)
     const bool focused = (item.itemState & ODS_FOCUS) != 0;
     RECT content = DrawFace(item.hwndItem, dc, item.rcItem, pushed, disabled, focused);
 
-    HIMAGELIST images = SharedImageList();
+    HIMAGELIST images = SharedImageListForDpi(Page().Dpi());
     if (images && image >= 0 && image < ImageList_GetImageCount(images))
     {
         int width = 0;

@@ -39,7 +39,20 @@ public:
     // The control's rectangle in this dialog's client coordinates.
     RECT ControlRect(int32_t id) const;
 
-    // Converts dialog units of this dialog to pixels.
+    // The resolution (dots per inch) the dialog is laid out for: its
+    // monitor's, taken when the window is made and on every WM_DPICHANGED.
+    int32_t Dpi() const { return dpi; }
+    // Lays the dialog out for another resolution: a font of the same point
+    // size made for `newDpi`, every control moved and sized by the ratio, the
+    // window's icons for the new size. The window itself keeps its rectangle
+    // (WM_DPICHANGED then takes the one Windows suggests).
+    virtual void ChangeDpi(int32_t newDpi);
+
+    // The dialog base units now: the pixels of 4 horizontal and 8 vertical
+    // dialog units (they follow the font through ChangeDpi).
+    SIZE BaseUnits() const { return baseUnits; }
+
+    // Converts dialog units of this dialog to pixels (at its current resolution).
     RECT DialogUnitsToPixels(const RECT& units) const;
     int32_t DialogUnitsToPixelsX(int32_t units) const;
     int32_t DialogUnitsToPixelsY(int32_t units) const;
@@ -64,6 +77,23 @@ protected:
 
 private:
     bool CreateFrom(DialogTemplate& dialogTemplate, HWND parent);
+    void SetIcons();
 
     TemplateName templateName;
+    // The resolution now and when the window was made (MapDialogRect keeps
+    // the units of the font the window was made with).
+    int32_t dpi = 96;
+    int32_t createdDpi = 96;
+    SIZE baseUnits = {0, 0};
+    SIZE createdUnits = {0, 0};
+    // The template's font (the dialog manager's) and its size in points,
+    // taken at the first change; the font made for another resolution,
+    // owned while the window uses it.
+    HFONT createdFont = nullptr;
+    int32_t fontPoints = 0;
+    HFONT scaledFont = nullptr;
 };
+
+// A rectangle laid out in dialog units `from` (pixels per 4 horizontal and 8
+// vertical units) as it lies in units `to`.
+RECT ScaledByUnits(const RECT& rect, SIZE to, SIZE from);

@@ -163,6 +163,13 @@ bool FormDialog::OnNotify(NMHDR& header, LRESULT& result)
     return DialogFrame::OnNotify(header, result);
 }
 
+void FormDialog::ChangeDpi(int32_t newDpi)
+{
+    const SIZE oldUnits = BaseUnits();
+    DialogFrame::ChangeDpi(newDpi);
+    layout.Scale(BaseUnits(), oldUnits);
+}
+
 INT_PTR FormDialog::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_DRAWITEM)

@@ -29,6 +29,8 @@ public:
     // Relays out the controls (see SetLayout). Pages that size list columns
     // call this first.
     void OnSizeChanged(int32_t width, int32_t height) override;
+    // As DialogFrame, and the layout's rectangles follow.
+    void ChangeDpi(int32_t newDpi) override;
     // The base apply: when FindInvalidControl names a control, the page comes
     // to the front, that control gets the focus, the alert sounds and the
     // answer is 1 (no member is written). Otherwise every bound control that

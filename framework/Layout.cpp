@@ -51,3 +51,17 @@ void Layout::Apply(int32_t width, int32_t height) const
     if (moves)
         EndDeferWindowPos(moves);
 }
+
+void Layout::Scale(SIZE to, SIZE from)
+{
+    if (from.cx <= 0 || from.cy <= 0)
+        return;
+    for (Item& item : items)
+    {
+        RECT& r = item.start;
+        r = {MulDiv(r.left, to.cx, from.cx), MulDiv(r.top, to.cy, from.cy),
+             MulDiv(r.right, to.cx, from.cx), MulDiv(r.bottom, to.cy, from.cy)};
+        item.startClient = {MulDiv(item.startClient.cx, to.cx, from.cx),
+                            MulDiv(item.startClient.cy, to.cy, from.cy)};
+    }
+}

@@ -29,6 +29,9 @@ public:
     bool IsEmpty() const { return items.empty(); }
     // Moves the controls for the client size (width, height).
     void Apply(int32_t width, int32_t height) const;
+    // The page is shown at another resolution: every remembered rectangle and
+    // size goes from the dialog base units `from` to `to` (DialogFrame).
+    void Scale(SIZE to, SIZE from);
 
 private:
     struct Item

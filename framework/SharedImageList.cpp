@@ -5,7 +5,7 @@
 
 namespace
 {
-// Destroys the list when the process ends.
+// One list per strip size; destroyed when the process ends.
 struct SharedList
 {
     HIMAGELIST list = nullptr;
@@ -18,10 +18,12 @@ struct SharedList
     }
 };
 
-SharedList& Shared()
+SharedList& Shared(int32_t size)
 {
-    static SharedList shared;
-    return shared;
+    static SharedList shared[3];
+    SharedList& list = shared[size == 32 ? 2 : size == 24 ? 1 : 0];
+    list.size = size;
+    return list;
 }
 
 int32_t ScreenDpi()
@@ -61,12 +63,16 @@ int32_t ImageSizeForDpi(int32_t dpi)
 
 HIMAGELIST SharedImageList()
 {
-    SharedList& shared = Shared();
+    return SharedImageListForDpi(ScreenDpi());
+}
+
+HIMAGELIST SharedImageListForDpi(int32_t dpi)
+{
+    SharedList& shared = Shared(ImageSizeForDpi(dpi));
     if (shared.made)
         return shared.list;
     shared.made = true;
 
-    shared.size = ImageSizeForDpi(ScreenDpi());
     int32_t resourceId = shared.size == 32   ? kImageStrip32
                          : shared.size == 24 ? kImageStrip24
                                              : kImageStrip16;
@@ -85,6 +91,5 @@ HIMAGELIST SharedImageList()
 
 int32_t SharedImageSize()
 {
-    SharedImageList();
-    return Shared().size;
+    return ImageSizeForDpi(ScreenDpi());
 }

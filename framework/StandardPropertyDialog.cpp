@@ -9,6 +9,7 @@
 #include "framework/RegistryKey.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
+#include "text/WideText.h"
 
 namespace
 {
@@ -140,8 +141,9 @@ void StandardPropertyDialog::SetInitialSize()
     for (int id : {IDOK, IDCANCEL, kPropertyApplyId, kPropertyExtraId})
         if (IsControlVisible(id))
             ++buttons;
-    const int32_t rowUnits = 2 * kMargin + buttons * kButtonWidth + (buttons + 2) * kGap;
-    width = std::max(width, DialogUnitsToPixelsX(rowUnits));
+    const int32_t row =
+        buttons * ButtonWidth() + DialogUnitsToPixelsX(2 * kMargin + (buttons + 2) * kGap);
+    width = std::max(width, row);
     int32_t height = (area.bottom - area.top) + 2 * DialogUnitsToPixelsY(kMargin) +
                      DialogUnitsToPixelsY(kGap + kButtonHeight);
     RECT frame = {0, 0, width, height};
@@ -177,7 +179,7 @@ void StandardPropertyDialog::OnSizeChanged(int32_t width, int32_t height)
     const int32_t marginX = DialogUnitsToPixelsX(kMargin);
     const int32_t marginY = DialogUnitsToPixelsY(kMargin);
     const int32_t gapX = DialogUnitsToPixelsX(kGap);
-    const int32_t buttonWidth = DialogUnitsToPixelsX(kButtonWidth);
+    const int32_t buttonWidth = ButtonWidth();
     const int32_t buttonHeight = DialogUnitsToPixelsY(kButtonHeight);
     const int32_t buttonTop = height - marginY - buttonHeight;
 
@@ -207,6 +209,44 @@ void StandardPropertyDialog::OnSizeChanged(int32_t width, int32_t height)
         PlacePage(page, true);
 }
 
+void StandardPropertyDialog::ChangeDpi(int32_t newDpi)
+{
+    const int32_t oldDpi = Dpi();
+    if (!Handle() || newDpi <= 0 || newDpi == oldDpi)
+        return;
+    for (int32_t i = 0; i < PageCount(); ++i)
+        if (Page(i)->Handle())
+            Page(i)->ChangeDpi(newDpi);
+    const SIZE oldUnits = BaseUnits();
+    PropertyDialog::ChangeDpi(newDpi);
+    const RECT least = ScaledByUnits(RECT{0, 0, leastSize.cx, leastSize.cy}, BaseUnits(), oldUnits);
+    leastSize = {least.right, least.bottom};
+    RECT client = {};
+    GetClientRect(Handle(), &client);
+    OnSizeChanged(client.right, client.bottom);
+}
+
+int32_t StandardPropertyDialog::ButtonWidth() const
+{
+    // The usual width, or wider where a caption needs it (German "Übernehmen").
+    int32_t width = DialogUnitsToPixelsX(kButtonWidth);
+    HDC dc = GetDC(Handle());
+    if (!dc)
+        return width;
+    HGDIOBJ old = SelectObject(dc, HGDIOBJ(SendMessageW(Handle(), WM_GETFONT, 0, 0)));
+    for (int id : {IDOK, IDCANCEL, kPropertyApplyId, kPropertyExtraId})
+    {
+        if (!IsControlVisible(id))
+            continue;
+        RECT text = {};
+        DrawTextW(dc, AsWide(ControlText(id)), -1, &text, DT_CALCRECT | DT_SINGLELINE);
+        width = std::max<int32_t>(width, text.right + DialogUnitsToPixelsX(2 * kGap));
+    }
+    SelectObject(dc, old);
+    ReleaseDC(Handle(), dc);
+    return width;
+}
+
 RECT StandardPropertyDialog::PageArea() const
 {
     if (!tabs.Handle())
@@ -234,6 +274,8 @@ bool StandardPropertyDialog::SelectPage(int32_t index)
         return false;
     if (!CreatePageWindow(page))
         return false;
+    if (page->Dpi() != Dpi())
+        page->ChangeDpi(Dpi());
 
     PropertyPage* previous = Page(current);
     HWND focus = GetFocus();
@@ -383,9 +425,20 @@ INT_PTR StandardPropertyDialog::DialogProc(UINT message, WPARAM wParam, LPARAM l
             limits->ptMinTrackSize.y = leastSize.cy;
         }
         return TRUE;
+    case WM_DPICHANGED:
+    {
+        // Laid out for the new resolution first, so that the least size is
+        // that resolution's; the rectangle Windows suggests is never refused
+        // as too small (the sizes scale with rounding).
+        ChangeDpi(HIWORD(wParam));
+        const RECT& suggested = *reinterpret_cast<const RECT*>(lParam);
+        leastSize = {std::min<LONG>(leastSize.cx, suggested.right - suggested.left),
+                     std::min<LONG>(leastSize.cy, suggested.bottom - suggested.top)};
+        return PropertyDialog::DialogProc(message, wParam, lParam);
+    }
     case WM_DESTROY:
         SavePlacement();
-        return FALSE;
+        return PropertyDialog::DialogProc(message, wParam, lParam);
     default:
         return PropertyDialog::DialogProc(message, wParam, lParam);
     }

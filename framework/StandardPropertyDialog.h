@@ -58,6 +58,10 @@ public:
     // placement key or an application).
     KelText PlacementKeyPath() const;
 
+    // As DialogFrame, for the frame and every page made so far (pages made
+    // later take the dialog's resolution when they are made).
+    void ChangeDpi(int32_t newDpi) override;
+
     bool BringPageToFront(PropertyPage* page) override;
     void OnPageTitleChanged(PropertyPage* page) override;
     void OnPageAdded(int32_t index) override;
@@ -75,6 +79,8 @@ private:
     void InsertTab(int32_t index);
     // The tab's display area in the dialog's client coordinates.
     RECT PageArea() const;
+    // The width of the buttons of the row, in pixels: all alike.
+    int32_t ButtonWidth() const;
     void PlacePage(PropertyPage* page, bool show);
     void SetUpButtons();
     void SetInitialSize();

@@ -22,6 +22,8 @@ pictures=(
     "web-link-dialog.png       weblinks-WebLinks-AddEditMoveDeleteThenOkAndTheSameListAfterARestart-dialog.png"
     "common-options.png        common-CommonOptions-LedgerlineTabsAndChangesSavedWithOk-page.png"
     "message-prompts.png       editkel-EditKel-PlotwiseDemoOpensTheTitledDialogAndOkSaves-dialog.png"
+    "common-options-de-144dpi.png  display-Display-GermanPageMovedToAMonitorOf144DpiTakesTheSuggestedSize-page.png"
+    "high-contrast.png         display-Display-PagesPaintWithTheHighContrastSchemesColours-page.png"
 )
 
 command -v compare >/dev/null || { echo "gallery: ImageMagick's compare is missing (bash tools/setup.sh)" >&2; exit 1; }

@@ -55,8 +55,11 @@ int32_t EditProgramPaths::InitPage()
 
     BitmapButton& browse =
         AddControl<BitmapButton>(kPathBrowse, kBrowseImage, [this] { Browse(); });
-    // The template's "Browse" is the same in every language; the tip is not.
-    browse.SetToolTip(DictTextOr(kTextBrowse, u"Browse"));
+    // The template's "Browse" is the same in every language; the caption
+    // (with its access key) and the tip are the dictionary's.
+    const KelText browseText = DictTextOr(kTextBrowse, u"&Browse");
+    browse.SetText(browseText);
+    browse.SetToolTip(browseText);
     UpdateBrowseButton();
 
     SetLayout(kPathList, kLayoutGrow);

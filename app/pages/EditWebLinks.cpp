@@ -11,6 +11,7 @@
 #include "framework/BitmapButton.h"
 #include "framework/ListView.h"
 #include "framework/RegistryKey.h"
+#include "text/AccessKey.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 #include "text/WideText.h"
@@ -120,7 +121,8 @@ KelText WebLinksValues::MakeLink(const KelText& name, const KelText& address)
 KelText WebLinksValues::ShownName(const KelText& link)
 {
     const KelText name = NameOf(link);
-    return name.IsEmpty() ? DictTextOr(kTextDefaultLink, u"Default Link") : name;
+    // The text is also the link dialog's check box, with its access key.
+    return name.IsEmpty() ? WithoutAccessKey(DictTextOr(kTextDefaultLink, u"Default Link")) : name;
 }
 
 KelText WebLinksValues::ValueName(size_t position, const KelText& link)

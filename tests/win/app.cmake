@@ -1,6 +1,8 @@
 # The application object in-process under Wine: registry keys and paths,
 # folders, message switches and the message box, the message loop.
-include(${CMAKE_CURRENT_LIST_DIR}/support/support.cmake)
+if(NOT TARGET kelwinsupport)
+    include(${CMAKE_CURRENT_LIST_DIR}/support/support.cmake)
+endif()
 
 kel_add_test(win_app
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/app/AppEntryTest.cpp

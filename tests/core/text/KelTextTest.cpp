@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/core/text/TextTestSupport.h"
+#include "text/AccessKey.h"
 #include "text/AppServices.h"
 #include "text/KelText.h"
 #include "text/TextHeap.h"
@@ -291,4 +292,20 @@ TEST(KelTextNumbers, ReadingAndWritingValues)
         DecimalMarkScope comma(u',');
         EXPECT_EQ(Show(text.SetReal(-0.5, 1)), "-0,5");
     }
+}
+
+TEST(AccessKeys, MarkedLetterIsTheKeyAndDoubledAmpersandIsShownAsOne)
+{
+    EXPECT_EQ(AccessKeyOf(u"&Apply"), u'A');
+    EXPECT_EQ(AccessKeyOf(u"Log &in automatically"), u'I');
+    EXPECT_EQ(AccessKeyOf(u"R&&D &files"), u'F');
+    EXPECT_EQ(AccessKeyOf(u"&übernehmen"), u'\u00DC');
+    EXPECT_EQ(AccessKeyOf(u"R&&D"), 0);
+    EXPECT_EQ(AccessKeyOf(u"Trailing &"), 0);
+    EXPECT_EQ(AccessKeyOf(KelText()), 0);
+
+    EXPECT_EQ(WithoutAccessKey(u"Log &in automatically"), u"Log in automatically");
+    EXPECT_EQ(WithoutAccessKey(u"R&&D &files"), u"R&D files");
+    EXPECT_EQ(WithoutAccessKey(u"Trailing &"), u"Trailing &");
+    EXPECT_EQ(WithoutAccessKey(u"Plain"), u"Plain");
 }

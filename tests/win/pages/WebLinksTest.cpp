@@ -10,13 +10,14 @@
 #include "app/pages/PageIds.h"
 #include "framework/ListView.h"
 #include "tests/win/pages/PageTestSupport.h"
+#include "text/AccessKey.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 
 namespace
 {
 using Links = std::vector<KelText>;
-const KelText kDefaultName = DictTextOr(kTextDefaultLink, u"Default Link");
+const KelText kDefaultName = WithoutAccessKey(DictTextOr(kTextDefaultLink, u"Default Link"));
 
 class WebLinks : public PageTest
 {
