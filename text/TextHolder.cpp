@@ -4,9 +4,9 @@
 #include <cstring>
 #include <new>
 
+#include "platform/FileSystem.h"
 #include "text/AppServices.h"
 #include "text/CommandLine.h"
-#include "platform/FileSystem.h"
 
 namespace
 {

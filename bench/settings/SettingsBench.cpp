@@ -18,9 +18,9 @@
 
 #include "bench/support/HeapCounter.h"
 #include "bench/support/Summary.h"
+#include "platform/FileSystem.h"
 #include "settings/iniFile.h"
 #include "text/EncodedText.h"
-#include "platform/FileSystem.h"
 
 namespace
 {

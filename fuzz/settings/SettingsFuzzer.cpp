@@ -16,9 +16,9 @@
 #include <memory>
 #include <string>
 
+#include "platform/FileSystem.h"
 #include "settings/iniFile.h"
 #include "tests/core/CoreTestSupport.h"
-#include "platform/FileSystem.h"
 
 namespace
 {

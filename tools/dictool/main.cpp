@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "text/Archive.h"
 #include "platform/FileSystem.h"
+#include "text/Archive.h"
 #include "text/TextHolder.h"
 #include "tools/dictool/LangSource.h"
 

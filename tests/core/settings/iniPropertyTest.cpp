@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <random>
 
+#include "platform/CodePage.h"
 #include "settings/iniFile.h"
 #include "tests/core/settings/SettingsTestSupport.h"
-#include "platform/CodePage.h"
 #include "text/EncodedText.h"
 
 // Randomised checks with fixed start values: every run sees the same cases.

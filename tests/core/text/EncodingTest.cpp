@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "platform/CodePage.h"
 #include "tests/core/CoreTestSupport.h"
 #include "tests/core/text/TextTestSupport.h"
 #include "text/AppServices.h"
-#include "platform/CodePage.h"
 #include "text/EncodedText.h"
 #include "text/KelText.h"
 #include "text/TextArray.h"

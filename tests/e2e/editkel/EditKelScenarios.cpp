@@ -29,8 +29,7 @@ TEST_F(EditKel, PlotwiseDemoOpensTheTitledDialogAndOkSaves)
     const std::vector<std::vector<std::wstring>> rows = ListRows(Control(picker, PickerList));
     ASSERT_EQ(rows.size(), 1u);
     EXPECT_EQ(rows[0][0], L"Demo");
-    EXPECT_NE(rows[0][1].find(L"\\Documents\\Orvantix\\Brindlecove 2023\\Demo"),
-              std::wstring::npos)
+    EXPECT_NE(rows[0][1].find(L"\\Documents\\Orvantix\\Brindlecove 2023\\Demo"), std::wstring::npos)
         << Utf8(rows[0][1]);
 
     HWND dialog = PickConfiguration(editor, L"Plotwise", L"Demo");

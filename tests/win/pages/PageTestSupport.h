@@ -14,10 +14,10 @@
 #include "app/SettingsContext.h"
 #include "framework/RegistryKey.h"
 #include "framework/StandardPropertyDialog.h"
+#include "platform/FileSystem.h"
 #include "settings/iniFile.h"
 #include "tests/win/app/AppTestHelpers.h"
 #include "tests/win/toolkit/ToolkitTestSupport.h"
-#include "platform/FileSystem.h"
 
 class PageTest : public ToolkitTest
 {

@@ -4,9 +4,9 @@
 #include <windows.h>
 
 #include "framework/AppEntry.h"
+#include "platform/FileSystem.h"
 #include "tests/win/app/AppTestHelpers.h"
 #include "tests/win/support/RecordingInteraction.h"
-#include "platform/FileSystem.h"
 
 class StartupFixture
 {
