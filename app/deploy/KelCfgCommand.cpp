@@ -2,13 +2,16 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "app/LocateConfiguration.h"
 #include "app/ProductTable.h"
 #include "app/ProgramMain.h"
 #include "app/SettingsContext.h"
+#include "app/deploy/ConfigHistory.h"
 #include "app/deploy/SettingsTransfer.h"
 #include "app/deploy/TransferTexts.h"
 #include "framework/AppEntry.h"
@@ -114,6 +117,10 @@ bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& 
         request.command = KelCfgRequest::Command::Import;
     else if (command == u"diff")
         request.command = KelCfgRequest::Command::Diff;
+    else if (command == u"history")
+        request.command = KelCfgRequest::Command::History;
+    else if (command == u"undo")
+        request.command = KelCfgRequest::Command::Undo;
     else
         return Usage(console, Say(kTextCfgUnknownCommand, command));
 
@@ -134,6 +141,8 @@ bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& 
             continue; // the dictionary's language, taken at start
         else if (argument == u"--dry-run")
             request.dryRun = true;
+        else if (argument == u"--force")
+            request.force = true;
         else if (argument.Length() > 1 && (argument.At(0) == u'-' || argument.At(0) == u'/'))
             return Usage(console, Say(kTextCfgUnknownOption, argument));
         else if (!request.file.IsEmpty())
@@ -149,7 +158,18 @@ bool ParseKelCfgArguments(const std::vector<KelText>& arguments, KelCfgRequest& 
         return Usage(console, Say(kTextCfgNoProduct, typedProduct));
     if (request.dryRun && request.command != KelCfgRequest::Command::Import)
         return Usage(console, TransferMessage(kTextCfgDryRunOnlyImport));
-    if (request.file.IsEmpty() && request.command != KelCfgRequest::Command::Export)
+    if (request.force && request.command != KelCfgRequest::Command::Undo)
+        return Usage(console, TransferMessage(kTextCfgForceOnlyUndo));
+    if (request.command == KelCfgRequest::Command::History && !request.file.IsEmpty())
+        return Usage(console, Say(kTextCfgTakesNoFile, command, request.file));
+    if (request.command == KelCfgRequest::Command::Undo)
+    {
+        request.entry = request.file;
+        request.file = KelText();
+        return true;
+    }
+    if (request.file.IsEmpty() && request.command != KelCfgRequest::Command::Export &&
+        request.command != KelCfgRequest::Command::History)
         return Usage(console, Say(kTextCfgNeedsFile, command));
     return true;
 }
@@ -195,9 +215,125 @@ KelText FindKelCfgConfiguration(AppEntry& app, const KelCfgRequest& request, Cfg
     return KelText();
 }
 
+namespace
+{
+// The recorded saves of the request's product, newest first; those of the
+// folder given with -config= only, when one is given. Damaged entries are
+// told and left out. False (told) when the folder given is no configuration.
+bool RecordedSaves(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
+                   std::vector<HistoryEntry>& entries)
+{
+    KelText folder;
+    if (!request.config.IsEmpty())
+    {
+        folder = FindKelCfgConfiguration(app, request, console);
+        if (folder.IsEmpty())
+            return false;
+    }
+    std::vector<KelText> damaged;
+    entries = ConfigHistory(app, request.product).Entries(damaged);
+    for (const KelText& id : damaged)
+        console.Err(Say(kTextCfgEntryDamaged, id));
+    if (!folder.IsEmpty())
+        entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                     [&folder](const HistoryEntry& entry)
+                                     { return !SameConfigurationFolder(entry.folder, folder); }),
+                      entries.end());
+    return true;
+}
+
+int32_t ListHistory(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    std::vector<HistoryEntry> entries;
+    if (!RecordedSaves(app, request, console, entries))
+        return kCfgFailed;
+    if (entries.empty())
+        console.Err(Say(kTextCfgNoHistory, request.product));
+    for (const HistoryEntry& entry : entries)
+        console.Out(entry.id + u"  " + entry.time + u"  " + entry.user + u"  " +
+                    WithBackslashes(entry.folder) + u"  " + HistorySummary(entry) + u"\r\n");
+    return kCfgDone;
+}
+
+// Puts back the state before a recorded save, file and registry together,
+// under the settings file's update lock, and records that as a save too.
+int32_t Undo(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    std::vector<HistoryEntry> entries;
+    if (!RecordedSaves(app, request, console, entries))
+        return kCfgFailed;
+    if (entries.empty())
+    {
+        console.Err(Say(kTextCfgNoHistory, request.product));
+        return kCfgFailed;
+    }
+    auto target = entries.begin();
+    if (!request.entry.IsEmpty())
+        target = std::find_if(entries.begin(), entries.end(),
+                              [&request](const HistoryEntry& entry)
+                              { return entry.id == request.entry; });
+    if (target == entries.end())
+    {
+        console.Err(Say(kTextCfgNoSuchEntry, request.entry, request.product));
+        return kCfgFailed;
+    }
+
+    const KelText settingsFile = target->folder + SettingsFileNameFor(request.product);
+    FileLock lock = GetFileSystem().Lock(settingsFile);
+    if (!lock.Held())
+    {
+        console.Err(Say(kTextCfgBusy, WithBackslashes(settingsFile)));
+        return kCfgFailed;
+    }
+    // The newest save of that configuration must have left the file as it is
+    // now; otherwise a save that the history does not know came after it,
+    // and putting an older state back would silently undo that one too.
+    const HistoryEntry& newest =
+        *std::find_if(entries.begin(), entries.end(),
+                      [&target](const HistoryEntry& entry)
+                      { return SameConfigurationFolder(entry.folder, target->folder); });
+    bool existed = false;
+    std::string recorded, now;
+    const bool known = newest.after.FileContent(settingsFile, existed, recorded);
+    const bool exists = GetFileSystem().Exists(settingsFile);
+    const bool same =
+        known && existed == exists &&
+        (!exists || (GetFileSystem().ReadBytes(settingsFile, now) && now == recorded));
+    if (!same && !request.force)
+    {
+        console.Err(Say(kTextCfgChangedOutsideHistory, WithBackslashes(settingsFile)));
+        return kCfgFailed;
+    }
+
+    SaveRecord record(app, request.product, target->folder, u"undo " + target->id);
+    const std::vector<KelText> notBack = target->before.Restore();
+    const SaveRecord::Outcome outcome = record.Finish();
+    if (outcome == SaveRecord::Outcome::NotWritten)
+        console.Err(Say(kTextCfgHistoryNotWritten, WithBackslashes(record.History().Folder())));
+    if (!notBack.empty())
+    {
+        KelText list;
+        for (const KelText& place : notBack)
+            list += (list.IsEmpty() ? KelText() : KelText(u", ")) + place;
+        console.Err(Say(kTextCfgPutBackFailed, list));
+        return kCfgFailed;
+    }
+    if (outcome == SaveRecord::Outcome::Unchanged)
+        console.Err(Say(kTextCfgNothingToUndo, target->id));
+    else
+        console.Err(Say(kTextCfgUndone, target->id, target->time));
+    return kCfgDone;
+}
+} // namespace
+
 int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
                   const KelText& timestamp)
 {
+    if (request.command == KelCfgRequest::Command::History)
+        return ListHistory(app, request, console);
+    if (request.command == KelCfgRequest::Command::Undo)
+        return Undo(app, request, console);
+
     const KelText folder = FindKelCfgConfiguration(app, request, console);
     if (folder.IsEmpty())
         return kCfgFailed;
@@ -247,7 +383,15 @@ int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& conso
         mode = SettingsTransfer::Mode::Diff;
     else if (request.dryRun)
         mode = SettingsTransfer::Mode::DryRun;
+    // The state before an import is recorded in the history (after the
+    // import, when it changed anything); a history that cannot be written
+    // never stops the import.
+    std::unique_ptr<SaveRecord> record;
+    if (mode == SettingsTransfer::Mode::Apply)
+        record = std::make_unique<SaveRecord>(app, request.product, folder, KelText(u"import"));
     const TransferOutcome outcome = transfer.Import(bytes, mode);
+    if (record && record->Finish() == SaveRecord::Outcome::NotWritten && outcome.wrote)
+        console.Err(Say(kTextCfgHistoryNotWritten, WithBackslashes(record->History().Folder())));
     for (const KelText& change : outcome.changes)
         console.Out(change + u"\r\n");
     for (const KelText& message : outcome.messages)

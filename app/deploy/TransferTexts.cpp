@@ -13,12 +13,16 @@ const EnglishText englishTexts[] = {
     {9800,
      u"Usage:\n  kelcfg export -app=<product> [-config=<folder>] [<file>]\n  kelcfg import "
      u"-app=<product> [-config=<folder>] <file> [--dry-run]\n  kelcfg diff -app=<product> "
-     u"[-config=<folder>] <file>\n\nexport writes the product's settings to the file (to standard "
-     u"output without a file); import sets the values that the file gives (--dry-run only shows "
-     u"the changes); diff shows the changes that an import would make.\nProducts: Plotwise, "
-     u"Shopwise, Tallywise, Cutwise, CutwiseComponents, Ledgerline, Fieldpost. /l=<language> "
-     u"chooses the language of the messages.\nExit codes: 0 done, 1 the file has errors or the "
-     u"settings could not be written, 2 the command line is wrong."},
+     u"[-config=<folder>] <file>\n  kelcfg history -app=<product> [-config=<folder>]\n  kelcfg "
+     u"undo -app=<product> [-config=<folder>] [<entry>] [--force]\n\nexport writes the product's "
+     u"settings to the file (to standard output without a file); import sets the values that the "
+     u"file gives (--dry-run only shows the changes); diff shows the changes that an import would "
+     u"make.\nhistory lists the recorded saves, newest first; undo puts back the settings as they "
+     u"were before the newest (or the named) save (--force: also when the settings file was "
+     u"changed by a save that is not in the history).\nProducts: Plotwise, Shopwise, Tallywise, "
+     u"Cutwise, CutwiseComponents, Ledgerline, Fieldpost. /l=<language> chooses the language of "
+     u"the messages.\nExit codes: 0 done, 1 the file has errors or the settings could not be "
+     u"written, 2 the command line is wrong."},
     {9801, u"Unknown command \"%s\"."},
     {9802, u"Name the product with -app=<product>."},
     {9803, u"\"%s\" is not a product."},
@@ -63,6 +67,18 @@ const EnglishText englishTexts[] = {
     {9870, u"The settings file \"%s\" is read-only; nothing was changed."},
     {9871, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
            u"again in a moment."},
+    {9880, u"No saves of %s are recorded."},
+    {9881, u"The history entry %s is damaged and was skipped."},
+    {9882, u" (and %i more)"},
+    {9883, u"no value of the pages changed"},
+    {9884, u"No recorded save \"%s\" of %s."},
+    {9885, u"The settings file \"%s\" was changed by a save that is not in the history; nothing "
+           u"was put back. Add --force to put the entry back anyway."},
+    {9886, u"Warning: the history could not be written to \"%s\"; the settings were saved."},
+    {9887, u"The settings as they were before save %s (%s) were put back."},
+    {9888, u"--force goes with the command undo only."},
+    {9889, u"The command %s takes no file; \"%s\" is one too many."},
+    {9890, u"Nothing was put back: the settings are as they were before save %s."},
 };
 } // namespace
 

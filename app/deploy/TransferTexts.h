@@ -53,6 +53,17 @@ enum TransferText : int32_t
     kTextCfgEmptyListMixed = 9840,
     kTextCfgReadOnly = 9870,
     kTextCfgBusy = 9871,
+    kTextCfgNoHistory = 9880,
+    kTextCfgEntryDamaged = 9881,
+    kTextCfgAndMore = 9882,
+    kTextCfgNoPageValueChanged = 9883,
+    kTextCfgNoSuchEntry = 9884,
+    kTextCfgChangedOutsideHistory = 9885,
+    kTextCfgHistoryNotWritten = 9886,
+    kTextCfgUndone = 9887,
+    kTextCfgForceOnlyUndo = 9888,
+    kTextCfgTakesNoFile = 9889,
+    kTextCfgNothingToUndo = 9890,
 };
 
 // The text in the dictionary's language, or its English wording.
