@@ -203,7 +203,9 @@ bool ConfigHistory::Add(HistoryEntry& entry)
                                     int32_t(now.wMinute), int32_t(now.wSecond));
     entry.user = WindowsUser();
     // The newest entry always has the largest number, even when the clock
-    // was set back or two saves fall in one millisecond.
+    // was set back or two saves fall in one millisecond; two programs that
+    // record at once take turns, so neither takes the other's number.
+    const FileLock turn = GetFileSystem().Lock(folder + u"entries");
     std::vector<uint64_t> ids = Ids();
     if (!ids.empty() && id <= ids.back())
         id = ids.back() + 1;
