@@ -10,6 +10,7 @@
 #include "app/deploy/KelCfgCommand.h"
 #include "app/pages/EditCommonOptions.h"
 #include "app/pages/PageIds.h"
+#include "framework/RegistryKey.h"
 #include "tests/win/deploy/TransferTestSupport.h"
 
 namespace
@@ -213,4 +214,52 @@ TEST_F(History, ADamagedEntryIsSkippedWithAMessage)
     EXPECT_EQ(Run({u"undo"}), 0) << console.err;
     EXPECT_NE(console.err.find("is damaged and was skipped."), std::string::npos);
     EXPECT_EQ(State(config), original);
+}
+
+// A state kept as bytes and put back later: values of every type (empty,
+// binary, several strings, a name that differs only in case), sub-keys,
+// a key tree that did not exist, and the settings file.
+TEST_F(History, AStateKeptAsBytesIsPutBackExactly)
+{
+    const KelText branch = ProductKey(u"Shopwise", u"Kept");
+    RegistryKey key;
+    ASSERT_TRUE(key.Create(branch + u"Sub\\Deeper"));
+    ASSERT_TRUE(key.WriteRaw(u"Empty", REG_BINARY, std::string()));
+    ASSERT_TRUE(key.Create(branch));
+    ASSERT_TRUE(key.WriteRaw(u"Bytes", REG_BINARY, std::string("\0\xFF\x01", 3)));
+    ASSERT_TRUE(key.WriteRaw(u"Many", REG_MULTI_SZ, std::string("a\0\0\0b\0\0\0\0\0", 10)));
+    ASSERT_TRUE(key.WriteString(u"Text", u"t\u00e9xt"));
+    key.Close();
+    const std::vector<std::string> before = State(config);
+
+    StateSnapshot taken;
+    taken.AddRegistryTree(branch);
+    taken.AddRegistryTree(ProductKey(u"Shopwise", u"NotThere"));
+    taken.AddFile(config + u"KEL.INI");
+    KelText unreadable;
+    ASSERT_TRUE(taken.Take(unreadable)) << unreadable.ToUtf8();
+    StateSnapshot kept;
+    ASSERT_TRUE(kept.FromBytes(taken.ToBytes()));
+    EXPECT_TRUE(kept == taken);
+
+    ASSERT_TRUE(key.Create(branch));
+    key.WriteRaw(u"Bytes", REG_DWORD, std::string(4, '\0'));
+    key.DeleteValue(u"TEXT");
+    key.WriteString(u"Added", u"x");
+    key.Close();
+    RegistryKey::DeleteTree(branch + u"Sub");
+    ASSERT_TRUE(key.Create(ProductKey(u"Shopwise", u"NotThere\\Below")));
+    key.Close();
+    GetFileSystem().WriteBytes(config + u"KEL.INI", "changed", 7);
+    ASSERT_NE(State(config), before);
+
+    EXPECT_TRUE(kept.Restore().empty());
+    EXPECT_EQ(State(config), before);
+    EXPECT_TRUE(kept.Unchanged());
+    EXPECT_FALSE(RegistryKey::Exists(ProductKey(u"Shopwise", u"NotThere")));
+
+    // Bytes that are not a whole snapshot give none, at any length.
+    const std::string whole = taken.ToBytes();
+    for (size_t size = 0; size < whole.size(); ++size)
+        EXPECT_FALSE(kept.FromBytes(whole.substr(0, size))) << size;
 }
