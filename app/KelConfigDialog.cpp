@@ -1,17 +1,24 @@
 #include "app/KelConfigDialog.h"
 
+#include <memory>
+
+#include "app/deploy/ConfigHistory.h"
 #include "app/pages/EditCADOptions.h"
 #include "app/pages/EditCommonOptions.h"
 #include "app/pages/EditProgramPaths.h"
 #include "app/pages/EditTyxOptions.h"
 #include "app/pages/EditWebLinks.h"
+#include "framework/AppEntry.h"
 #include "framework/EditMsgManager.h"
+#include "framework/FrameworkResources.h"
+#include "platform/FileSystem.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 
 KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const KelText& productName,
                                  const KelText& settingsFileName)
-    : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")), product(productName)
+    : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")), product(productName),
+      settingsFileName(settingsFileName)
 {
     // Pages in tab order. The message switches close every product's list.
     MakePage<EditProgramPaths>();
@@ -34,4 +41,29 @@ KelConfigDialog::~KelConfigDialog() = default;
 int32_t KelConfigDialog::CanClose()
 {
     return 1;
+}
+
+bool KelConfigDialog::OnCommand(int32_t id, int32_t code, HWND control)
+{
+    AppEntry* app = GetAppEntry();
+    if ((id != IDOK && id != kPropertyApplyId) || (control && code != BN_CLICKED) || !app ||
+        app->SettingsFolder().IsEmpty())
+        return StandardPropertyDialog::OnCommand(id, code, control);
+
+    // Under the lock nobody else saves between the state before and the
+    // state after, so the history entry holds exactly what this save did;
+    // the lock is re-entrant, so the pages' own saves take it again. When
+    // another program keeps the lock, the pages wait and report for
+    // themselves, and the save goes unrecorded.
+    const KelText folder = app->SettingsFolder();
+    FileLock lock = GetFileSystem().Lock(folder + settingsFileName);
+    std::unique_ptr<SaveRecord> record;
+    if (lock.Held())
+        record = std::make_unique<SaveRecord>(*app, product, folder,
+                                              KelText(id == IDOK ? u"OK" : u"Apply"));
+    const bool handled = StandardPropertyDialog::OnCommand(id, code, control);
+    // A history that cannot be written never stands in the way of the save.
+    if (record)
+        record->Finish();
+    return handled;
 }

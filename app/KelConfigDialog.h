@@ -18,6 +18,12 @@ public:
 
     const KelText& Product() const { return product; }
 
+protected:
+    // OK and Apply hold the settings file's update lock from before the first
+    // page saves to after the last, and record the save in the history.
+    bool OnCommand(int32_t id, int32_t code, HWND control) override;
+
 private:
     KelText product;
+    KelText settingsFileName;
 };

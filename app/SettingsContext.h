@@ -22,6 +22,9 @@ public:
 
     // The process's store, created on first use.
     static SettingsContext& Instance();
+    // A store of its own, for reading a configuration beside the one being
+    // edited without touching the process's store.
+    SettingsContext() = default;
 
     // Makes `path` the current settings file, for `product`, with the kinds
     // of `descriptor` (the default list when null). Clears the path cache.
@@ -54,7 +57,6 @@ public:
     int32_t Save();
 
 private:
-    SettingsContext() = default;
     void LoadPaths();
 
     struct Slot

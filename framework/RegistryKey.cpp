@@ -120,7 +120,7 @@ bool RegistryKey::Open(const KelText& keyPath, Access access)
     return true;
 }
 
-bool RegistryKey::Create(const KelText& keyPath)
+bool RegistryKey::Create(const KelText& keyPath, bool volatileBelowVolatile)
 {
     Close();
     HKEY root;
@@ -128,8 +128,12 @@ bool RegistryKey::Create(const KelText& keyPath)
     if (!SplitPath(keyPath, root, subPath) || RefusedPath(keyPath))
         return false;
     HKEY created = nullptr;
-    if (RegCreateKeyExW(root, AsWide(subPath), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                        KEY_READ | KEY_WRITE, nullptr, &created, nullptr) != ERROR_SUCCESS)
+    LONG result = RegCreateKeyExW(root, AsWide(subPath), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                  KEY_READ | KEY_WRITE, nullptr, &created, nullptr);
+    if (result == ERROR_CHILD_MUST_BE_VOLATILE && volatileBelowVolatile)
+        result = RegCreateKeyExW(root, AsWide(subPath), 0, nullptr, REG_OPTION_VOLATILE,
+                                 KEY_READ | KEY_WRITE, nullptr, &created, nullptr);
+    if (result != ERROR_SUCCESS)
         return false;
     key = created;
     path = keyPath;
@@ -245,6 +249,98 @@ bool RegistryKey::DeleteValue(const KelText& name)
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
 }
 
+RegistryRead RegistryKey::ReadRaw(const KelText& name, RegistryValue& value) const
+{
+    if (!key)
+        return RegistryRead::Absent;
+    DWORD type = 0;
+    DWORD size = 0;
+    LONG result = RegQueryValueExW(key, AsWide(name), nullptr, &type, nullptr, &size);
+    // The value may grow between the calls: ask again with the new size.
+    for (int attempt = 0; attempt < 8 && (result == ERROR_SUCCESS || result == ERROR_MORE_DATA);
+         ++attempt)
+    {
+        std::string data(size_t(size), '\0');
+        DWORD room = size;
+        result = RegQueryValueExW(key, AsWide(name), nullptr, &type,
+                                  reinterpret_cast<BYTE*>(data.data()), &room);
+        if (result == ERROR_MORE_DATA)
+        {
+            size = room;
+            continue;
+        }
+        if (result != ERROR_SUCCESS)
+            break;
+        data.resize(room);
+        value = {name, type, std::move(data)};
+        return RegistryRead::Ok;
+    }
+    return RegistryRead::Absent;
+}
+
+bool RegistryKey::WriteRaw(const KelText& name, DWORD type, const std::string& data)
+{
+    if (!key || Refused())
+        return false;
+    return RegSetValueExW(key, AsWide(name), 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                          DWORD(data.size())) == ERROR_SUCCESS;
+}
+
+bool RegistryKey::ReadValues(std::vector<RegistryValue>& values) const
+{
+    values.clear();
+    if (!key)
+        return false;
+    for (const KelText& name : ValueNames())
+    {
+        RegistryValue value;
+        if (ReadRaw(name, value) != RegistryRead::Ok)
+            return false;
+        values.push_back(std::move(value));
+    }
+    // A value that went between listing and reading, or names that could not
+    // be listed, show as a count that differs.
+    RegistryKeyInfo info;
+    return QueryInfo(info) && info.values == values.size();
+}
+
+bool RegistryKey::SubKeyNames(std::vector<KelText>& names) const
+{
+    names.clear();
+    DWORD longest = 0;
+    if (!key || RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, &longest, nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+        return false;
+    std::vector<wchar_t> buffer(size_t(longest) + 2);
+    for (DWORD index = 0;;)
+    {
+        DWORD length = DWORD(buffer.size());
+        const LONG result =
+            RegEnumKeyExW(key, index, buffer.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        if (result == ERROR_MORE_DATA)
+        {
+            buffer.resize(buffer.size() * 2);
+            continue;
+        }
+        if (result == ERROR_NO_MORE_ITEMS)
+            return true;
+        if (result != ERROR_SUCCESS)
+            return false;
+        names.push_back(FromWide(buffer.data(), int32_t(length)));
+        ++index;
+    }
+}
+
+bool RegistryKey::QueryInfo(RegistryKeyInfo& info) const
+{
+    DWORD subKeys = 0, values = 0;
+    if (!key || RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr,
+                                 &values, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+        return false;
+    info = {uint32_t(subKeys), uint32_t(values)};
+    return true;
+}
+
 std::vector<KelText> RegistryKey::ValueNames() const
 {
     std::vector<KelText> names;
@@ -288,4 +384,15 @@ bool RegistryKey::DeleteTree(const KelText& path)
         return false;
     LONG result = RegDeleteTreeW(root, AsWide(subPath));
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
+}
+
+bool RegistryKey::DeleteIfEmpty(const KelText& path)
+{
+    HKEY root;
+    KelText subPath;
+    RegistryKeyInfo info;
+    if (!SplitPath(path, root, subPath) || subPath.IsEmpty() || RefusedPath(path) ||
+        !RegistryKey(path).QueryInfo(info) || info.subKeys != 0 || info.values != 0)
+        return false;
+    return RegDeleteKeyW(root, AsWide(subPath)) == ERROR_SUCCESS;
 }

@@ -2,13 +2,17 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <exception>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "app/LocateConfiguration.h"
 #include "app/ProductTable.h"
 #include "app/ProgramMain.h"
 #include "app/SettingsContext.h"
+#include "app/deploy/ConfigHistory.h"
 #include "app/deploy/SettingsTransfer.h"
 #include "app/deploy/TransferTexts.h"
 #include "framework/AppEntry.h"
@@ -51,14 +55,19 @@ struct CfgCommandRow
     const char16_t* name;
     KelCfgRequest::Command command;
     TransferText usage;
+    bool takesFile; // a file (for undo: the entry) may follow
     bool needsFile;
     bool takesDryRun;
+    bool takesForce;
 };
 
 const CfgCommandRow cfgCommands[] = {
-    {u"export", KelCfgRequest::Command::Export, kTextCfgUsageExport, false, false},
-    {u"import", KelCfgRequest::Command::Import, kTextCfgUsageImport, true, true},
-    {u"diff", KelCfgRequest::Command::Diff, kTextCfgUsageDiff, true, false},
+    {u"export", KelCfgRequest::Command::Export, kTextCfgUsageExport, true, false, false, false},
+    {u"import", KelCfgRequest::Command::Import, kTextCfgUsageImport, true, true, true, false},
+    {u"diff", KelCfgRequest::Command::Diff, kTextCfgUsageDiff, true, true, false, false},
+    {u"history", KelCfgRequest::Command::History, kTextCfgUsageHistory, false, false, false,
+     false},
+    {u"undo", KelCfgRequest::Command::Undo, kTextCfgUsageUndo, true, false, false, true},
 };
 
 const CfgCommandRow* FindCommand(const KelText& name)
@@ -220,6 +229,8 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest&
             request.config = value;
         else if (argument == u"--dry-run")
             request.dryRun = true;
+        else if (argument == u"--force")
+            request.force = true;
         else if (LooksLikeOption(argument))
             return Wrong(console, Say(kTextCfgUnknownOption, argument));
         else if (!request.file.IsEmpty())
@@ -235,8 +246,15 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest&
         return Wrong(console, Say(kTextCfgNoProduct, typedProduct));
     if (request.dryRun && !row->takesDryRun)
         return Wrong(console, TransferMessage(kTextCfgDryRunOnlyImport));
+    if (request.force && !row->takesForce)
+        return Wrong(console, TransferMessage(kTextCfgForceOnlyUndo));
+    if (!request.file.IsEmpty() && !row->takesFile)
+        return Wrong(console, Say(kTextCfgTakesNoFile, first, request.file));
     if (request.file.IsEmpty() && row->needsFile)
         return Wrong(console, Say(kTextCfgNeedsFile, first));
+    // What undo is given is the entry to put back, not a file.
+    if (request.command == KelCfgRequest::Command::Undo)
+        request.entry = std::exchange(request.file, KelText());
     return CfgParsed::Run;
 }
 
@@ -281,9 +299,125 @@ KelText FindKelCfgConfiguration(AppEntry& app, const KelCfgRequest& request, Cfg
     return KelText();
 }
 
+namespace
+{
+// The recorded saves of the request's product, newest first; those of the
+// folder given with -config= only, when one is given. Damaged entries are
+// told and left out. False (told) when the folder given is no configuration.
+bool RecordedSaves(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
+                   std::vector<HistoryEntry>& entries)
+{
+    KelText folder;
+    if (!request.config.IsEmpty())
+    {
+        folder = FindKelCfgConfiguration(app, request, console);
+        if (folder.IsEmpty())
+            return false;
+    }
+    std::vector<KelText> damaged;
+    entries = ConfigHistory(app, request.product).Entries(damaged);
+    for (const KelText& id : damaged)
+        console.Err(Say(kTextCfgEntryDamaged, id));
+    if (!folder.IsEmpty())
+        entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                     [&folder](const HistoryEntry& entry)
+                                     { return !SameConfigurationFolder(entry.folder, folder); }),
+                      entries.end());
+    return true;
+}
+
+int32_t ListHistory(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    std::vector<HistoryEntry> entries;
+    if (!RecordedSaves(app, request, console, entries))
+        return kCfgFailed;
+    if (entries.empty())
+        console.Err(Say(kTextCfgNoHistory, request.product));
+    for (const HistoryEntry& entry : entries)
+        console.Out(entry.id + u"  " + entry.time + u"  " + entry.user + u"  " +
+                    WithBackslashes(entry.folder) + u"  " + HistorySummary(entry) + u"\r\n");
+    return kCfgDone;
+}
+
+// Puts back the state before a recorded save, file and registry together,
+// under the settings file's update lock, and records that as a save too.
+int32_t Undo(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    std::vector<HistoryEntry> entries;
+    if (!RecordedSaves(app, request, console, entries))
+        return kCfgFailed;
+    if (entries.empty())
+    {
+        console.Err(Say(kTextCfgNoHistory, request.product));
+        return kCfgFailed;
+    }
+    auto target = entries.begin();
+    if (!request.entry.IsEmpty())
+        target = std::find_if(entries.begin(), entries.end(),
+                              [&request](const HistoryEntry& entry)
+                              { return entry.id == request.entry; });
+    if (target == entries.end())
+    {
+        console.Err(Say(kTextCfgNoSuchEntry, request.entry, request.product));
+        return kCfgFailed;
+    }
+
+    const KelText settingsFile = target->folder + SettingsFileNameFor(request.product);
+    FileLock lock = GetFileSystem().Lock(settingsFile);
+    if (!lock.Held())
+    {
+        console.Err(Say(kTextCfgBusy, WithBackslashes(settingsFile)));
+        return kCfgFailed;
+    }
+    // The newest save of that configuration must have left the file as it is
+    // now; otherwise a save that the history does not know came after it,
+    // and putting an older state back would silently undo that one too.
+    const HistoryEntry& newest =
+        *std::find_if(entries.begin(), entries.end(),
+                      [&target](const HistoryEntry& entry)
+                      { return SameConfigurationFolder(entry.folder, target->folder); });
+    bool existed = false;
+    std::string recorded, now;
+    const bool known = newest.after.FileContent(settingsFile, existed, recorded);
+    const bool exists = GetFileSystem().Exists(settingsFile);
+    const bool same =
+        known && existed == exists &&
+        (!exists || (GetFileSystem().ReadBytes(settingsFile, now) && now == recorded));
+    if (!same && !request.force)
+    {
+        console.Err(Say(kTextCfgChangedOutsideHistory, WithBackslashes(settingsFile)));
+        return kCfgFailed;
+    }
+
+    SaveRecord record(app, request.product, target->folder, u"undo " + target->id);
+    const std::vector<KelText> notBack = target->before.Restore();
+    const SaveRecord::Outcome outcome = record.Finish();
+    if (outcome == SaveRecord::Outcome::NotWritten)
+        console.Err(Say(kTextCfgHistoryNotWritten, WithBackslashes(record.History().Folder())));
+    if (!notBack.empty())
+    {
+        KelText list;
+        for (const KelText& place : notBack)
+            list += (list.IsEmpty() ? KelText() : KelText(u", ")) + place;
+        console.Err(Say(kTextCfgPutBackFailed, list));
+        return kCfgFailed;
+    }
+    if (outcome == SaveRecord::Outcome::Unchanged)
+        console.Err(Say(kTextCfgNothingToUndo, target->id));
+    else
+        console.Err(Say(kTextCfgUndone, target->id, target->time));
+    return kCfgDone;
+}
+} // namespace
+
 int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
                   const KelText& timestamp)
 {
+    if (request.command == KelCfgRequest::Command::History)
+        return ListHistory(app, request, console);
+    if (request.command == KelCfgRequest::Command::Undo)
+        return Undo(app, request, console);
+
     const KelText folder = FindKelCfgConfiguration(app, request, console);
     if (folder.IsEmpty())
         return kCfgFailed;
@@ -333,7 +467,15 @@ int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& conso
         mode = SettingsTransfer::Mode::Diff;
     else if (request.dryRun)
         mode = SettingsTransfer::Mode::DryRun;
+    // The state before an import is recorded in the history (after the
+    // import, when it changed anything); a history that cannot be written
+    // never stops the import.
+    std::unique_ptr<SaveRecord> record;
+    if (mode == SettingsTransfer::Mode::Apply)
+        record = std::make_unique<SaveRecord>(app, request.product, folder, KelText(u"import"));
     const TransferOutcome outcome = transfer.Import(bytes, mode);
+    if (record && record->Finish() == SaveRecord::Outcome::NotWritten && outcome.wrote)
+        console.Err(Say(kTextCfgHistoryNotWritten, WithBackslashes(record->History().Folder())));
     for (const KelText& change : outcome.changes)
         console.Out(change + u"\r\n");
     for (const KelText& message : outcome.messages)

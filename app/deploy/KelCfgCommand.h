@@ -22,6 +22,8 @@ public:
 //   kelcfg export -app=<product> [-config=<folder>] [<file>]
 //   kelcfg import -app=<product> [-config=<folder>] <file> [--dry-run]
 //   kelcfg diff -app=<product> [-config=<folder>] <file>
+//   kelcfg history -app=<product> [-config=<folder>]
+//   kelcfg undo -app=<product> [-config=<folder>] [<entry>] [--force]
 //   kelcfg --help [<command>]      (also -h, -?, /?; also after a command)
 //   kelcfg --version
 // "/l=<language>" may come anywhere (it chooses the dictionary's language).
@@ -34,12 +36,16 @@ struct KelCfgRequest
         Export,
         Import,
         Diff,
+        History, // lists the recorded saves
+        Undo,    // puts back the state before a recorded save
     };
     Command command = Command::Export;
     KelText product; // canonical spelling
     KelText config;  // as given; empty: found as the editor finds it
     KelText file;    // empty: standard output (export only)
     bool dryRun = false;
+    KelText entry;      // undo: the recorded save to undo (empty: the newest)
+    bool force = false; // undo: also over a save that is not in the history
 };
 
 // kelcfg's exit codes.

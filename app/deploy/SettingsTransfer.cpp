@@ -88,14 +88,6 @@ void SortByLine(std::vector<LineProblem>& problems)
 }
 } // namespace
 
-struct SettingsTransfer::ViewEntry
-{
-    size_t page;
-    size_t key;
-    Items items;
-    bool stored;
-};
-
 SettingsTransfer::SettingsTransfer(AppEntry& app, SettingsContext& store, const KelText& product,
                                    const KelText& folderIn)
     : app(app), product(product)
@@ -174,7 +166,7 @@ KelText SettingsTransfer::Export(const KelText& timestamp)
     return file.Text();
 }
 
-bool SettingsTransfer::TakeSnapshot(StateSnapshot& snapshot, KelText& unreadable) const
+void SettingsTransfer::AddPlaces(StateSnapshot& snapshot) const
 {
     for (const auto& page : pages)
     {
@@ -184,7 +176,45 @@ bool SettingsTransfer::TakeSnapshot(StateSnapshot& snapshot, KelText& unreadable
         for (const KelText& key : places.keys)
             snapshot.AddRegistryTree(key);
     }
-    return snapshot.Take(unreadable);
+}
+
+std::vector<SettingsTransfer::ViewEntry> SettingsTransfer::ReadView()
+{
+    for (auto& page : pages)
+        page->Load();
+    return View();
+}
+
+std::vector<KelText> SettingsTransfer::Changes(const std::vector<ViewEntry>& before,
+                                               const std::vector<ViewEntry>& after) const
+{
+    std::vector<KelText> changes;
+    for (size_t i = 0; i < before.size() && i < after.size(); ++i)
+    {
+        if (SameItems(before[i].items, after[i].items))
+            continue;
+        const TransferPage& page = *pages[before[i].page];
+        const TransferKey& key = page.Keys()[before[i].key];
+        const KelText where = page.Section() + u"/" + key.name;
+        if (key.type != TransferType::List)
+        {
+            changes.push_back(ChangeLine(where, before[i].items.front(), before[i].stored,
+                                         after[i].items.front()));
+            continue;
+        }
+        const size_t count = std::max(before[i].items.size(), after[i].items.size());
+        for (size_t n = 0; n < count; ++n)
+        {
+            const bool had = n < before[i].items.size();
+            const bool has = n < after[i].items.size();
+            if (had && has && before[i].items[n].SameAs(after[i].items[n]))
+                continue;
+            const KelText place = KelText::Formatted(u"%s %i", where, int32_t(n + 1));
+            changes.push_back(place + u": " + (had ? before[i].items[n] : KelText(u"(none)")) +
+                              u" -> " + (has ? after[i].items[n] : KelText(u"(none)")));
+        }
+    }
+    return changes;
 }
 
 TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
@@ -378,32 +408,9 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
 
     std::vector<bool> pageChanged(pages.size(), false);
     for (size_t i = 0; i < before.size(); ++i)
-    {
-        if (SameItems(before[i].items, after[i].items))
-            continue;
-        const TransferPage& page = *pages[before[i].page];
-        const TransferKey& key = page.Keys()[before[i].key];
-        pageChanged[before[i].page] = true;
-        const KelText where = page.Section() + u"/" + key.name;
-        if (key.type != TransferType::List)
-        {
-            outcome.changes.push_back(ChangeLine(where, before[i].items.front(), before[i].stored,
-                                                 after[i].items.front()));
-            continue;
-        }
-        const size_t count = std::max(before[i].items.size(), after[i].items.size());
-        for (size_t n = 0; n < count; ++n)
-        {
-            const bool had = n < before[i].items.size();
-            const bool has = n < after[i].items.size();
-            if (had && has && before[i].items[n].SameAs(after[i].items[n]))
-                continue;
-            const KelText place = KelText::Formatted(u"%s %i", where, int32_t(n + 1));
-            outcome.changes.push_back(place + u": " +
-                                      (had ? before[i].items[n] : KelText(u"(none)")) + u" -> " +
-                                      (has ? after[i].items[n] : KelText(u"(none)")));
-        }
-    }
+        if (!SameItems(before[i].items, after[i].items))
+            pageChanged[before[i].page] = true;
+    outcome.changes = Changes(before, after);
 
     const int32_t changed = int32_t(outcome.changes.size());
     if (changed == 0)
@@ -422,7 +429,8 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
     // --- writing, with everything put back on any failure ---------------------------
     StateSnapshot snapshot;
     KelText unreadable;
-    if (!TakeSnapshot(snapshot, unreadable))
+    AddPlaces(snapshot);
+    if (!snapshot.Take(unreadable))
     {
         outcome.messages.push_back(Say(kTextCfgSnapshotFailed, unreadable));
         outcome.exitCode = 1;

@@ -62,10 +62,26 @@ public:
     // Imports a file's bytes (UTF-8, or UTF-16 with its mark).
     TransferOutcome Import(const std::string& bytes, Mode mode);
 
+    // One value of a page as it was read: the page and key, the items, and
+    // whether it is stored (rather than the page's default).
+    struct ViewEntry
+    {
+        size_t page;
+        size_t key;
+        std::vector<KelText> items;
+        bool stored;
+    };
+    // Every value of the pages, read afresh from the configuration.
+    std::vector<ViewEntry> ReadView();
+    // One line per value that differs between two readings:
+    // "Section/Key: old -> new".
+    std::vector<KelText> Changes(const std::vector<ViewEntry>& before,
+                                 const std::vector<ViewEntry>& after) const;
+    // Adds the files and key trees that the pages write to `snapshot`.
+    void AddPlaces(class StateSnapshot& snapshot) const;
+
 private:
-    struct ViewEntry;
     std::vector<ViewEntry> View() const;
-    bool TakeSnapshot(class StateSnapshot& snapshot, KelText& unreadable) const;
 
     AppEntry& app;
     KelText product;

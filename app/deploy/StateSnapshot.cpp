@@ -1,23 +1,32 @@
 #include "app/deploy/StateSnapshot.h"
 
+#include <windows.h>
+
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "framework/Folders.h"
-#include "framework/RegistryKey.h"
 #include "platform/FileSystem.h"
 #include "text/WideText.h"
 
 namespace
 {
-// Registry names are the same when they differ only in case.
-bool SameName(const std::wstring& left, const std::wstring& right)
+// Registry names (and file paths) are the same when they differ only in case.
+bool SameName(const KelText& left, const KelText& right)
 {
-    return CompareStringOrdinal(left.c_str(), int(left.size()), right.c_str(), int(right.size()),
-                                TRUE) == CSTR_EQUAL;
+    return CompareStringOrdinal(AsWide(left), left.Length(), AsWide(right), right.Length(), TRUE) ==
+           CSTR_EQUAL;
+}
+
+bool NameBefore(const KelText& left, const KelText& right)
+{
+    return CompareStringOrdinal(AsWide(left), left.Length(), AsWide(right), right.Length(), TRUE) ==
+           CSTR_LESS_THAN;
 }
 
 template <typename Item>
-const Item* FindNamed(const std::vector<Item>& items, const std::wstring& name)
+const Item* FindNamed(const std::vector<Item>& items, const KelText& name)
 {
     for (const Item& item : items)
         if (SameName(item.name, name))
@@ -25,24 +34,31 @@ const Item* FindNamed(const std::vector<Item>& items, const std::wstring& name)
     return nullptr;
 }
 
-std::wstring Wide(const KelText& text)
-{
-    return std::wstring(AsWide(text), size_t(text.Length()));
-}
-
-std::wstring ParentOf(const std::wstring& path)
-{
-    const size_t slash = path.rfind(L'\\');
-    return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
-}
-
-// The key text with one "\" at its end, for telling trees apart.
-KelText KeyWithSlash(const KelText& path)
+// The key text without "\" at its end.
+KelText WithoutSlash(const KelText& path)
 {
     KelText text(path);
-    if (text.IsEmpty() || text.At(text.Length() - 1) != u'\\')
-        text += u"\\";
+    while (!text.IsEmpty() && text.At(text.Length() - 1) == u'\\')
+        text.Delete(text.Length(), 1);
     return text;
+}
+
+KelText KeyWithSlash(const KelText& path)
+{
+    return WithoutSlash(path) + u"\\";
+}
+
+KelText Child(const KelText& path, const KelText& name)
+{
+    return WithoutSlash(path) + u"\\" + name;
+}
+
+// The key above `path`; empty when `path` is a root (or directly below none).
+KelText ParentOf(const KelText& path)
+{
+    const KelText plain = WithoutSlash(path);
+    const size_t slash = plain.View().rfind(u'\\');
+    return slash == std::u16string_view::npos ? KelText() : plain.Sub(1, int32_t(slash));
 }
 
 bool StartsWithFolded(const KelText& text, const KelText& prefix)
@@ -61,46 +77,110 @@ KelText FullPath(const KelText& path)
 
 bool FileExists(const KelText& path)
 {
-    return GetFileAttributesW(AsWide(path)) != INVALID_FILE_ATTRIBUTES;
+    return GetFileSystem().Exists(path);
 }
 
-class OpenKey
+bool IsEmptyKey(const KelText& path)
+{
+    RegistryKeyInfo info;
+    return RegistryKey(path).QueryInfo(info) && info.subKeys == 0 && info.values == 0;
+}
+
+// --- the byte form --------------------------------------------------------------------
+
+constexpr char kMagic[] = "EditKel state 1\n";
+// Deeper key trees than this are not read from bytes (the registry allows 512
+// levels; the trees the pages own are a few levels deep).
+constexpr int kDeepest = 512;
+
+class ByteWriter
 {
 public:
-    OpenKey() = default;
-    ~OpenKey()
+    void Number(uint32_t value)
     {
-        if (handle)
-            RegCloseKey(handle);
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes += char((value >> shift) & 0xFF);
     }
-    OpenKey(const OpenKey&) = delete;
-    OpenKey& operator=(const OpenKey&) = delete;
-    HKEY handle = nullptr;
+    void Bytes(const std::string& data)
+    {
+        Number(uint32_t(data.size()));
+        bytes += data;
+    }
+    void Text(const KelText& text)
+    {
+        Number(uint32_t(text.Length()));
+        for (char16_t unit : text.View())
+        {
+            bytes += char(unit & 0xFF);
+            bytes += char(unit >> 8);
+        }
+    }
+    std::string bytes;
 };
 
-bool IsEmptyKey(HKEY root, const std::wstring& path)
+class ByteReader
 {
-    OpenKey key;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key.handle) != ERROR_SUCCESS)
-        return false;
-    DWORD subKeys = 0, values = 0;
-    return RegQueryInfoKeyW(key.handle, nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr,
-                            &values, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS &&
-           subKeys == 0 && values == 0;
-}
+public:
+    explicit ByteReader(const std::string& bytes) : bytes(bytes) {}
+    bool Number(uint32_t& value)
+    {
+        if (bytes.size() - at < 4)
+            return false;
+        value = 0;
+        for (int shift = 0; shift < 32; shift += 8)
+            value |= uint32_t(uint8_t(bytes[at++])) << shift;
+        return true;
+    }
+    bool Bytes(std::string& data)
+    {
+        uint32_t size = 0;
+        if (!Number(size) || bytes.size() - at < size)
+            return false;
+        data = bytes.substr(at, size);
+        at += size;
+        return true;
+    }
+    bool Text(KelText& text)
+    {
+        uint32_t length = 0;
+        if (!Number(length) || (bytes.size() - at) / 2 < length)
+            return false;
+        std::u16string units(length, u'\0');
+        for (char16_t& unit : units)
+        {
+            unit = char16_t(uint8_t(bytes[at]) | (uint8_t(bytes[at + 1]) << 8));
+            at += 2;
+        }
+        text = KelText(units.data(), int32_t(length));
+        return true;
+    }
+    // A count of items that each take at least `least` bytes: never more
+    // than the bytes left could hold.
+    bool Count(uint32_t& count, size_t least)
+    {
+        return Number(count) && count <= (bytes.size() - at) / least;
+    }
+    bool Skip(const char* text)
+    {
+        const size_t length = strlen(text);
+        if (bytes.compare(at, length, text) != 0)
+            return false;
+        at += length;
+        return true;
+    }
+    bool AtEnd() const { return at == bytes.size(); }
 
-bool KeyExists(HKEY root, const std::wstring& path)
-{
-    OpenKey key;
-    return RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key.handle) == ERROR_SUCCESS;
-}
+private:
+    const std::string& bytes;
+    size_t at = 0;
+};
 } // namespace
 
 void StateSnapshot::AddFile(const KelText& path)
 {
     const KelText full = FullPath(path);
     for (const File& file : files)
-        if (StartsWithFolded(file.path, full) && file.path.Length() == full.Length())
+        if (SameName(file.path, full))
             return;
     files.push_back({full, false, {}});
 }
@@ -115,50 +195,33 @@ void StateSnapshot::AddRegistryTree(const KelText& keyPath)
                                [&path](const Tree& tree)
                                { return StartsWithFolded(tree.path, path); }),
                 trees.end());
+    HKEY root;
+    KelText subPath;
+    if (!RegistryKey::SplitPath(path, root, subPath) || subPath.IsEmpty())
+        return;
     Tree tree;
     tree.path = path;
-    KelText subPath;
-    if (!RegistryKey::SplitPath(path, tree.root, subPath) || subPath.IsEmpty())
-        return;
-    tree.subPath = Wide(subPath);
     trees.push_back(std::move(tree));
 }
 
-bool StateSnapshot::ReadKey(HKEY root, const std::wstring& path, Key& key)
+bool StateSnapshot::ReadKey(const KelText& path, Key& key)
 {
-    OpenKey open;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &open.handle) != ERROR_SUCCESS)
+    const RegistryKey open(path);
+    std::vector<KelText> subKeys;
+    if (!open.ReadValues(key.values) || !open.SubKeyNames(subKeys))
         return false;
-    DWORD subKeys = 0, longestKey = 0, valueCount = 0, longestName = 0, longestData = 0;
-    if (RegQueryInfoKeyW(open.handle, nullptr, nullptr, nullptr, &subKeys, &longestKey, nullptr,
-                         &valueCount, &longestName, &longestData, nullptr,
-                         nullptr) != ERROR_SUCCESS)
-        return false;
-
-    key.values.clear();
+    // In name order, so that two snapshots of the same state are the same
+    // bytes whatever order the system lists them in.
+    std::sort(key.values.begin(), key.values.end(),
+              [](const RegistryValue& a, const RegistryValue& b)
+              { return NameBefore(a.name, b.name); });
+    std::sort(subKeys.begin(), subKeys.end(), NameBefore);
     key.keys.clear();
-    std::wstring name(size_t(longestName) + 1, L'\0');
-    std::string data(size_t(longestData) + 1, '\0');
-    for (DWORD i = 0; i < valueCount; ++i)
+    for (const KelText& name : subKeys)
     {
-        DWORD nameLength = DWORD(name.size());
-        DWORD dataLength = DWORD(data.size());
-        DWORD type = 0;
-        if (RegEnumValueW(open.handle, i, name.data(), &nameLength, nullptr, &type,
-                          reinterpret_cast<BYTE*>(data.data()), &dataLength) != ERROR_SUCCESS)
-            return false;
-        key.values.push_back({name.substr(0, nameLength), type, data.substr(0, dataLength)});
-    }
-    std::wstring keyName(size_t(longestKey) + 1, L'\0');
-    for (DWORD i = 0; i < subKeys; ++i)
-    {
-        DWORD length = DWORD(keyName.size());
-        if (RegEnumKeyExW(open.handle, i, keyName.data(), &length, nullptr, nullptr, nullptr,
-                          nullptr) != ERROR_SUCCESS)
-            return false;
         Key sub;
-        sub.name = keyName.substr(0, length);
-        if (!ReadKey(root, path + L"\\" + sub.name, sub))
+        sub.name = name;
+        if (!ReadKey(Child(path, name), sub))
             return false;
         key.keys.push_back(std::move(sub));
     }
@@ -169,16 +232,17 @@ bool StateSnapshot::Take(KelText& unreadable)
 {
     for (Tree& tree : trees)
     {
-        tree.existed = KeyExists(tree.root, tree.subPath);
-        if (tree.existed && !ReadKey(tree.root, tree.subPath, tree.key))
+        tree.key = Key();
+        tree.existed = RegistryKey::Exists(tree.path);
+        if (tree.existed && !ReadKey(tree.path, tree.key))
         {
             unreadable = tree.path;
             return false;
         }
-        tree.existingParent.clear();
-        for (std::wstring parent = ParentOf(tree.subPath); !parent.empty();
+        tree.existingParent = KelText();
+        for (KelText parent = ParentOf(tree.path); !ParentOf(parent).IsEmpty();
              parent = ParentOf(parent))
-            if (KeyExists(tree.root, parent))
+            if (RegistryKey::Exists(parent))
             {
                 tree.existingParent = parent;
                 break;
@@ -197,53 +261,36 @@ bool StateSnapshot::Take(KelText& unreadable)
     return true;
 }
 
-bool StateSnapshot::RestoreKey(HKEY root, const std::wstring& path, const Key* wanted)
+bool StateSnapshot::RestoreKey(const KelText& path, const Key* wanted)
 {
     if (!wanted)
-    {
-        const LONG result = RegDeleteTreeW(root, path.c_str());
-        return (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND) &&
-               !KeyExists(root, path);
-    }
+        return RegistryKey::DeleteTree(path) && !RegistryKey::Exists(path);
 
-    OpenKey open;
-    LONG result = RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | KEY_WRITE, &open.handle);
-    if (result == ERROR_FILE_NOT_FOUND)
-    {
-        result = RegCreateKeyExW(root, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                 KEY_READ | KEY_WRITE, nullptr, &open.handle, nullptr);
-        // Below a volatile key only a volatile one can be made (and such a
-        // key was volatile before).
-        if (result == ERROR_CHILD_MUST_BE_VOLATILE)
-            result = RegCreateKeyExW(root, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
-                                     KEY_READ | KEY_WRITE, nullptr, &open.handle, nullptr);
-    }
-    if (result != ERROR_SUCCESS)
+    // Below a volatile key only a volatile one can be made (and such a key
+    // was volatile before).
+    RegistryKey open;
+    if (!open.Open(path, RegistryKey::Access::Write) && !open.Create(path, true))
         return false;
 
     Key now;
-    if (!ReadKey(root, path, now))
+    if (!ReadKey(path, now))
         return false;
     bool restored = true;
-    for (const Value& value : now.values)
+    for (const RegistryValue& value : now.values)
         if (!FindNamed(wanted->values, value.name))
-            restored =
-                RegDeleteValueW(open.handle, value.name.c_str()) == ERROR_SUCCESS && restored;
-    for (const Value& value : wanted->values)
+            restored = open.DeleteValue(value.name) && restored;
+    for (const RegistryValue& value : wanted->values)
     {
-        const Value* there = FindNamed(now.values, value.name);
+        const RegistryValue* there = FindNamed(now.values, value.name);
         if (there && there->type == value.type && there->data == value.data)
             continue;
-        restored = RegSetValueExW(open.handle, value.name.c_str(), 0, value.type,
-                                  reinterpret_cast<const BYTE*>(value.data.data()),
-                                  DWORD(value.data.size())) == ERROR_SUCCESS &&
-                   restored;
+        restored = open.WriteRaw(value.name, value.type, value.data) && restored;
     }
     for (const Key& key : now.keys)
         if (!FindNamed(wanted->keys, key.name))
-            restored = RestoreKey(root, path + L"\\" + key.name, nullptr) && restored;
+            restored = RestoreKey(Child(path, key.name), nullptr) && restored;
     for (const Key& key : wanted->keys)
-        restored = RestoreKey(root, path + L"\\" + key.name, &key) && restored;
+        restored = RestoreKey(Child(path, key.name), &key) && restored;
     return restored;
 }
 
@@ -252,7 +299,7 @@ std::vector<KelText> StateSnapshot::Restore() const
     std::vector<KelText> failed;
     for (const Tree& tree : trees)
     {
-        if (!RestoreKey(tree.root, tree.subPath, tree.existed ? &tree.key : nullptr))
+        if (!RestoreKey(tree.path, tree.existed ? &tree.key : nullptr))
         {
             failed.push_back(tree.path);
             continue;
@@ -260,26 +307,24 @@ std::vector<KelText> StateSnapshot::Restore() const
         if (tree.existed)
             continue;
         // The parent keys that the writes brought along go too, while empty.
-        for (std::wstring parent = ParentOf(tree.subPath);
-             !parent.empty() && !SameName(parent, tree.existingParent); parent = ParentOf(parent))
+        for (KelText parent = ParentOf(tree.path);
+             !ParentOf(parent).IsEmpty() && !SameName(parent, tree.existingParent);
+             parent = ParentOf(parent))
         {
-            if (!IsEmptyKey(tree.root, parent) ||
-                RegDeleteKeyW(tree.root, parent.c_str()) != ERROR_SUCCESS)
+            if (!IsEmptyKey(parent) || !RegistryKey::DeleteIfEmpty(parent))
                 break;
         }
     }
+    FileSystem& system = GetFileSystem();
     for (const File& file : files)
     {
         if (!file.existed)
         {
-            if (FileExists(file.path))
-                DeleteFileW(AsWide(file.path));
-            if (FileExists(file.path))
+            if (FileExists(file.path) && (!system.Remove(file.path) || FileExists(file.path)))
                 failed.push_back(file.path);
             continue;
         }
         std::string now;
-        FileSystem& system = GetFileSystem();
         if (system.ReadBytes(file.path, now) && now == file.bytes)
             continue;
         if (!system.WriteBytes(file.path, file.bytes.data(), file.bytes.size()) ||
@@ -289,20 +334,20 @@ std::vector<KelText> StateSnapshot::Restore() const
     return failed;
 }
 
-bool StateSnapshot::SameKey(HKEY root, const std::wstring& path, const Key& wanted)
+bool StateSnapshot::SameKey(const KelText& path, const Key& wanted)
 {
     Key now;
-    if (!ReadKey(root, path, now) || now.values.size() != wanted.values.size() ||
+    if (!ReadKey(path, now) || now.values.size() != wanted.values.size() ||
         now.keys.size() != wanted.keys.size())
         return false;
-    for (const Value& value : wanted.values)
+    for (const RegistryValue& value : wanted.values)
     {
-        const Value* there = FindNamed(now.values, value.name);
+        const RegistryValue* there = FindNamed(now.values, value.name);
         if (!there || there->type != value.type || there->data != value.data)
             return false;
     }
     for (const Key& key : wanted.keys)
-        if (!FindNamed(now.keys, key.name) || !SameKey(root, path + L"\\" + key.name, key))
+        if (!FindNamed(now.keys, key.name) || !SameKey(Child(path, key.name), key))
             return false;
     return true;
 }
@@ -313,11 +358,11 @@ bool StateSnapshot::Unchanged() const
     {
         if (!tree.existed)
         {
-            if (KeyExists(tree.root, tree.subPath))
+            if (RegistryKey::Exists(tree.path))
                 return false;
             continue;
         }
-        if (!SameKey(tree.root, tree.subPath, tree.key))
+        if (!SameKey(tree.path, tree.key))
             return false;
     }
     for (const File& file : files)
@@ -325,9 +370,120 @@ bool StateSnapshot::Unchanged() const
         if (FileExists(file.path) != file.existed)
             return false;
         std::string now;
-        if (file.existed &&
-            (!GetFileSystem().ReadBytes(file.path, now) || now != file.bytes))
+        if (file.existed && (!GetFileSystem().ReadBytes(file.path, now) || now != file.bytes))
             return false;
     }
     return true;
+}
+
+bool StateSnapshot::FileContent(const KelText& path, bool& existed, std::string& bytes) const
+{
+    const KelText full = FullPath(path);
+    for (const File& file : files)
+        if (SameName(file.path, full))
+        {
+            existed = file.existed;
+            bytes = file.bytes;
+            return true;
+        }
+    return false;
+}
+
+namespace
+{
+template <typename Key>
+void WriteKey(ByteWriter& out, const Key& key)
+{
+    out.Text(key.name);
+    out.Number(uint32_t(key.values.size()));
+    for (const RegistryValue& value : key.values)
+    {
+        out.Text(value.name);
+        out.Number(uint32_t(value.type));
+        out.Bytes(value.data);
+    }
+    out.Number(uint32_t(key.keys.size()));
+    for (const Key& sub : key.keys)
+        WriteKey(out, sub);
+}
+
+template <typename Key>
+bool ReadKeyBytes(ByteReader& in, Key& key, int depth)
+{
+    uint32_t count = 0;
+    if (depth > kDeepest || !in.Text(key.name) || !in.Count(count, 12))
+        return false;
+    key.values.resize(count);
+    for (RegistryValue& value : key.values)
+    {
+        uint32_t type = 0;
+        if (!in.Text(value.name) || !in.Number(type) || !in.Bytes(value.data))
+            return false;
+        value.type = DWORD(type);
+    }
+    if (!in.Count(count, 12))
+        return false;
+    key.keys.resize(count);
+    for (Key& sub : key.keys)
+        if (!ReadKeyBytes(in, sub, depth + 1))
+            return false;
+    return true;
+}
+} // namespace
+
+std::string StateSnapshot::ToBytes() const
+{
+    ByteWriter out;
+    out.bytes = kMagic;
+    out.Number(uint32_t(files.size()));
+    for (const File& file : files)
+    {
+        out.Text(file.path);
+        out.Number(file.existed ? 1 : 0);
+        out.Bytes(file.bytes);
+    }
+    out.Number(uint32_t(trees.size()));
+    for (const Tree& tree : trees)
+    {
+        out.Text(tree.path);
+        out.Number(tree.existed ? 1 : 0);
+        out.Text(tree.existingParent);
+        WriteKey(out, tree.key);
+    }
+    return out.bytes;
+}
+
+bool StateSnapshot::FromBytes(const std::string& bytes)
+{
+    files.clear();
+    trees.clear();
+    ByteReader in(bytes);
+    uint32_t count = 0;
+    bool good = in.Skip(kMagic) && in.Count(count, 12);
+    for (uint32_t i = 0; good && i < count; ++i)
+    {
+        File file;
+        uint32_t existed = 0;
+        good = in.Text(file.path) && in.Number(existed) && existed <= 1 && in.Bytes(file.bytes);
+        file.existed = existed == 1;
+        files.push_back(std::move(file));
+    }
+    good = good && in.Count(count, 24);
+    for (uint32_t i = 0; good && i < count; ++i)
+    {
+        Tree tree;
+        uint32_t existed = 0;
+        HKEY root;
+        KelText subPath;
+        good = in.Text(tree.path) && in.Number(existed) && existed <= 1 &&
+               in.Text(tree.existingParent) && ReadKeyBytes(in, tree.key, 0) &&
+               RegistryKey::SplitPath(tree.path, root, subPath) && !subPath.IsEmpty();
+        tree.existed = existed == 1;
+        trees.push_back(std::move(tree));
+    }
+    if (good && in.AtEnd())
+        return true;
+    files.clear();
+    trees.clear();
+    return false;
 }

@@ -1,21 +1,21 @@
 #pragma once
-#include <windows.h>
-
 #include <string>
 #include <vector>
 
+#include "framework/RegistryKey.h"
 #include "text/KelText.h"
 
-// Everything that an import may write, as it was before the first write: the
-// bytes of settings files (or that a file did not exist) and whole registry
-// key trees of the current user (every sub-key and value with its type and
-// data, or that the key did not exist). Restore puts back exactly that state
-// and touches nothing that did not change: values that differ are written
-// back, values and keys that were added are deleted, and a key tree that did
-// not exist is removed together with the parent keys it brought along.
+// Everything that a save may write, as it was at one moment: the bytes of
+// settings files (or that a file did not exist) and whole registry key trees
+// of the current user (every sub-key and value with its type and data, or
+// that the key did not exist). Restore puts back exactly that state and
+// touches nothing that did not change: values that differ are written back,
+// values and keys that were added are deleted, and a key tree that did not
+// exist is removed together with the parent keys it brought along.
 //
-// The registry is read and written through the system's functions rather than
-// RegistryKey, which reads only typed values and cannot list sub-keys.
+// Files are read and written through the installed file system, keys through
+// RegistryKey. A snapshot can be kept as bytes (ToBytes, FromBytes), so that a
+// state can be put back long after it was taken.
 class StateSnapshot
 {
 public:
@@ -35,28 +35,31 @@ public:
     // keys value by value).
     bool Unchanged() const;
 
+    // The snapshot as bytes, and back: FromBytes answers false (and leaves an
+    // empty snapshot) for bytes that are not a whole snapshot.
+    std::string ToBytes() const;
+    bool FromBytes(const std::string& bytes);
+    // Whether two snapshots hold the same places with the same contents.
+    bool operator==(const StateSnapshot& other) const { return ToBytes() == other.ToBytes(); }
+
+    // What the snapshot holds of a file: false when it does not cover it;
+    // otherwise whether the file existed, and its bytes.
+    bool FileContent(const KelText& path, bool& existed, std::string& bytes) const;
+
 private:
-    struct Value
-    {
-        std::wstring name;
-        DWORD type = 0;
-        std::string data;
-    };
     struct Key
     {
-        std::wstring name;
-        std::vector<Value> values;
+        KelText name;
+        std::vector<RegistryValue> values;
         std::vector<Key> keys;
     };
     struct Tree
     {
-        KelText path;
-        HKEY root = nullptr;
-        std::wstring subPath;
+        KelText path; // ends in "\"
         bool existed = false;
         Key key;
         // The nearest key above it that existed (empty: the root).
-        std::wstring existingParent;
+        KelText existingParent;
     };
     struct File
     {
@@ -65,9 +68,9 @@ private:
         std::string bytes;
     };
 
-    static bool ReadKey(HKEY root, const std::wstring& path, Key& key);
-    static bool RestoreKey(HKEY root, const std::wstring& path, const Key* wanted);
-    static bool SameKey(HKEY root, const std::wstring& path, const Key& wanted);
+    static bool ReadKey(const KelText& path, Key& key);
+    static bool RestoreKey(const KelText& path, const Key* wanted);
+    static bool SameKey(const KelText& path, const Key& wanted);
 
     std::vector<Tree> trees;
     std::vector<File> files;

@@ -60,12 +60,29 @@ const EnglishText englishTexts[] = {
     {9841, u"The settings file \"%s\" is read-only; nothing was changed."},
     {9842, u"The settings file \"%s\" is being saved by another program; nothing was changed. Try "
            u"again in a moment."},
+    {9843, u"  kelcfg history -app=<product> [-config=<folder>]\n      lists the recorded saves, "
+           u"newest first."},
+    {9844, u"  kelcfg undo -app=<product> [-config=<folder>] [<entry>] [--force]\n      puts back "
+           u"the settings as they were before the newest (or the named) save; --force: also when "
+           u"the settings file was changed by a save that is not in the history."},
     {9847, u"  kelcfg export -app=<product> [-config=<folder>] [<file>]\n      writes the "
            u"product's settings to the file (to standard output without a file)."},
     {9848, u"  kelcfg import -app=<product> [-config=<folder>] <file> [--dry-run]\n      sets the "
            u"values that the file gives; --dry-run shows the changes and writes nothing."},
     {9849, u"  kelcfg diff -app=<product> [-config=<folder>] <file>\n      shows the changes that "
            u"an import would make."},
+    {9890, u"No saves of %s are recorded."},
+    {9891, u"The history entry %s is damaged and was skipped."},
+    {9892, u" (and %i more)"},
+    {9893, u"no value of the pages changed"},
+    {9894, u"No recorded save \"%s\" of %s."},
+    {9895, u"The settings file \"%s\" was changed by a save that is not in the history; nothing "
+           u"was put back. Add --force to put the entry back anyway."},
+    {9896, u"Warning: the history could not be written to \"%s\"; the settings were saved."},
+    {9897, u"The settings as they were before save %s (%s) were put back."},
+    {9898, u"--force goes with the command undo only."},
+    {9899, u"The command %s takes no file; \"%s\" is one too many."},
+    {9900, u"Nothing was put back: the settings are as they were before save %s."},
 };
 } // namespace
 

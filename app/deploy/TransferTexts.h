@@ -55,8 +55,21 @@ enum TransferText : int32_t
     kTextCfgUsageExport = 9847,
     kTextCfgUsageImport = 9848,
     kTextCfgUsageDiff = 9849,
+    kTextCfgUsageHistory = 9843,
+    kTextCfgUsageUndo = 9844,
     kTextCfgReadOnly = 9841,
     kTextCfgBusy = 9842,
+    kTextCfgNoHistory = 9890,
+    kTextCfgEntryDamaged = 9891,
+    kTextCfgAndMore = 9892,
+    kTextCfgNoPageValueChanged = 9893,
+    kTextCfgNoSuchEntry = 9894,
+    kTextCfgChangedOutsideHistory = 9895,
+    kTextCfgHistoryNotWritten = 9896,
+    kTextCfgUndone = 9897,
+    kTextCfgForceOnlyUndo = 9898,
+    kTextCfgTakesNoFile = 9899,
+    kTextCfgNothingToUndo = 9900,
 };
 
 // The text in the dictionary's language, or its English wording.

@@ -1,7 +1,8 @@
 # kelcfg's export and import engine in-process under Wine: every product's
 # settings exported and imported into a release of the test's own, the pages'
 # rules on hand-written files, malformed files, a failure part-way through an
-# import, dry runs, and the command line with its configuration search.
+# import, dry runs, the command line with its configuration search, and the
+# history of saves (the editor's OK, imports, undo).
 if(NOT TARGET kelwinsupport)
     include(${CMAKE_CURRENT_LIST_DIR}/support/support.cmake)
 endif()
@@ -10,3 +11,5 @@ kel_add_test(win_deploy
     SOURCES ${_kel_deploy_tests}
     LIBS kelwinsupport kelapp
     TIMEOUT 300)
+# The editor's dialog (its templates and pages) for the history of its saves.
+kel_app_resources(win_deploy)
