@@ -43,7 +43,7 @@ protected:
         arguments.push_back(u"-app=Shopwise");
         arguments.push_back(u"-config=" + config);
         KelCfgRequest request;
-        if (!ParseKelCfgArguments(arguments, request, console))
+        if (ParseKelCfgArguments(arguments, request, console) != CfgParsed::Run)
             return kCfgUsage;
         return RunKelCfg(app, request, console, u"2024-01-02 03:04");
     }
