@@ -1,7 +1,8 @@
 # Start-up under Wine: MinimalDialog.exe (a program that shows one dialog),
-# EditKelLibraries.exe (the same dialog with EditKel's manifest, after the
-# library calls that EditKel's start-up makes) and StartupBench.exe, which
-# times EditKel.exe to its first window beside them. All are Windows
+# ManifestDialog.exe (the same with EditKel's manifest), EditKelLibraries.exe
+# (that, after the library calls that EditKel's start-up makes),
+# PropertyDialog.exe (whose OK opens a property dialog of empty pages) and
+# StartupBench.exe, which times EditKel.exe beside them. All are Windows
 # programs, built here with MinGW-w64 when it is installed;
 # bench/startup/run-startup.sh runs them in a Wine prefix of the harness.
 find_program(KEL_MINGW_CXX NAMES x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-g++)
@@ -33,8 +34,11 @@ if(KEL_MINGW_CXX AND KEL_MINGW_WINDRES)
         set(startup_programs ${startup_programs} ${startup_dir}/${program}.exe PARENT_SCOPE)
     endfunction()
     startup_program(MinimalDialog MinimalDialog.cpp -mwindows)
+    startup_program(ManifestDialog MinimalDialog.cpp -mwindows ${startup_dir}/Manifest.o)
     startup_program(EditKelLibraries MinimalDialog.cpp -mwindows -DKEL_EDITKEL_LIBRARIES
-                    ${startup_dir}/Manifest.o -lcomctl32 -lole32 -lshell32 -luxtheme)
+                    ${startup_dir}/Manifest.o -lcomctl32 -lshell32)
+    startup_program(PropertyDialog MinimalDialog.cpp -mwindows -DKEL_PROPERTY_DIALOG
+                    ${startup_dir}/Manifest.o -lcomctl32 -lshell32)
     startup_program(StartupBench StartupBench.cpp)
     add_custom_target(startup_programs ALL DEPENDS ${startup_programs})
 endif()

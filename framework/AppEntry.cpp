@@ -27,6 +27,7 @@ AppEntry::AppEntry(HINSTANCE givenInstance, HWND hostWindow, HINSTANCE givenReso
     : AppInterface(interaction), sharedArray(u"KEL_SafeThreadArrayAccess")
 {
     typeTag = kAppEntryTag;
+    threadId = GetCurrentThreadId();
     // Before any DLL is loaded by name: never from the current folder.
     RestrictDllSearch();
 
@@ -69,10 +70,9 @@ AppEntry::AppEntry(HINSTANCE givenInstance, HWND hostWindow, HINSTANCE givenReso
             controls.dwSize = sizeof(controls);
             controls.dwICC = 0x45FF;
             InitCommonControlsEx(&controls);
-            comInitialised = SUCCEEDED(CoInitialize(nullptr));
+            // COM is entered on first use (EnsureCom): the first screen needs none.
             SetProcessDPIAware();
         }
-        ReadShellSettings();
     }
     SetUpRuntime();
 }
@@ -86,7 +86,7 @@ AppEntry::~AppEntry()
     if (user32)
         FreeLibrary(user32);
     if (comInitialised)
-        CoUninitialize();
+        ComEntry<void(WINAPI*)()>("CoUninitialize")();
 }
 
 void AppEntry::ReadCommonControlsVersion()
@@ -113,8 +113,16 @@ void AppEntry::ReadCommonControlsVersion()
         FreeLibrary(comctl);
 }
 
+bool AppEntry::IsSingleClickMode()
+{
+    if (!shellSettingsRead)
+        ReadShellSettings();
+    return singleClickMode;
+}
+
 void AppEntry::ReadShellSettings()
 {
+    shellSettingsRead = true;
     // Without the shell's answer the classic double-click behaviour stays.
     SHELLFLAGSTATE state = {};
     state.fWin95Classic = TRUE;
@@ -135,12 +143,40 @@ void AppEntry::SetUpRuntime()
     tempFolder = ReadTempFolder();
     SplitFilePath(ReadModulePath(nullptr), executableFolder, executableName);
 
+    user32 = LoadSystemLibrary(L"user32.dll");
+    getComboBoxInfo = GetProc<GetComboBoxInfoProc>(user32, "GetComboBoxInfo");
+    // The drawing and rich-edit libraries are loaded when first asked for.
+}
+
+void AppEntry::LoadDrawingLibrary()
+{
+    if (msimg32Tried)
+        return;
+    msimg32Tried = true;
     msimg32 = LoadSystemLibrary(L"msimg32.dll");
     gradientFill = GetProc<GradientFillProc>(msimg32, "GradientFill");
     alphaBlend = GetProc<AlphaBlendProc>(msimg32, "AlphaBlend");
-    user32 = LoadSystemLibrary(L"user32.dll");
-    getComboBoxInfo = GetProc<GetComboBoxInfoProc>(user32, "GetComboBoxInfo");
+}
 
+AppEntry::GradientFillProc AppEntry::GradientFillEntry()
+{
+    LoadDrawingLibrary();
+    return gradientFill;
+}
+
+AppEntry::AlphaBlendProc AppEntry::AlphaBlendEntry()
+{
+    LoadDrawingLibrary();
+    return alphaBlend;
+}
+
+int32_t AppEntry::RichEditLevel()
+{
+    if (richEditTried)
+        return richEditLevel;
+    // The rich-edit window classes exist once their library is loaded: a
+    // window that wants one asks for the level before it is created.
+    richEditTried = true;
     richEdit = LoadSystemLibrary(L"Riched20.dll");
     richEditLevel = 2;
     if (!richEdit)
@@ -148,6 +184,19 @@ void AppEntry::SetUpRuntime()
         richEdit = LoadSystemLibrary(L"Riched32.dll");
         richEditLevel = richEdit ? 1 : 0;
     }
+    return richEditLevel;
+}
+
+bool AppEntry::EnsureCom()
+{
+    if (GetCurrentThreadId() != threadId)
+        return EnterComOnThisThread();
+    if (!comTried)
+    {
+        comTried = true;
+        comUsable = EnterCom(comInitialised);
+    }
+    return comUsable;
 }
 
 void AppEntry::DebugWarning(const KelText&, const KelText&, uint32_t)

@@ -140,7 +140,8 @@ public:
     const KelText& CommandLine() const { return commandLine; }
     void SetCommandLine(const KelText& text) { commandLine = text; }
     bool IsCloudInstall() const { return cloudInstall; }
-    bool IsSingleClickMode() const { return singleClickMode; }
+    // From the shell's settings, read when first asked for.
+    bool IsSingleClickMode();
 
     // Where start-up creates a new configuration: the local product data folder.
     const KelText& NewConfigurationFolder() const { return localProductFolder; }
@@ -161,16 +162,22 @@ public:
     HINSTANCE ResourceInstance() const { return resourceInstance; }
     double DisplayScale() const { return displayScale; }
     UINT MouseWheelMessage() const { return mouseWheelMessage; }
-    // 0 none, 1 "Riched32.dll", 2 "Riched20.dll".
-    int32_t RichEditLevel() const { return richEditLevel; }
+    // 0 none, 1 "Riched32.dll", 2 "Riched20.dll". The library is loaded on
+    // the first call (its window classes exist from then on), not at start.
+    int32_t RichEditLevel();
     using GradientFillProc = BOOL(WINAPI*)(HDC, PTRIVERTEX, ULONG, PVOID, ULONG, ULONG);
     using AlphaBlendProc = BOOL(WINAPI*)(HDC, int, int, int, int, HDC, int, int, int, int,
                                          BLENDFUNCTION);
     using GetComboBoxInfoProc = BOOL(WINAPI*)(HWND, PCOMBOBOXINFO);
-    // Null when the system lacks them.
-    GradientFillProc GradientFillEntry() const { return gradientFill; }
-    AlphaBlendProc AlphaBlendEntry() const { return alphaBlend; }
+    // Null when the system lacks them. msimg32 is loaded on the first call.
+    GradientFillProc GradientFillEntry();
+    AlphaBlendProc AlphaBlendEntry();
     GetComboBoxInfoProc GetComboBoxInfoEntry() const { return getComboBoxInfo; }
+    // Enters COM (single-threaded apartment) on the calling thread unless it
+    // is in already; call it before the first COM object is made. The
+    // application's own thread leaves COM when the object goes, another
+    // thread when it ends. Answers whether COM can be used.
+    bool EnsureCom();
     int32_t CommonControlsMajor() const { return commonControlsMajor; }
     int32_t CommonControlsMinor() const { return commonControlsMinor; }
 
@@ -187,6 +194,7 @@ private:
     void ReadCommonControlsVersion();
     void ReadShellSettings();
     void SetUpRuntime();
+    void LoadDrawingLibrary();
 
     KelText programFolder;
     KelText startupFolder;
@@ -228,7 +236,13 @@ private:
 
     GuardedArray sharedArray;
     HMODULE richEdit = nullptr;
+    DWORD threadId = 0;
+    bool comTried = false;
     bool comInitialised = false;
+    bool comUsable = false;
+    bool richEditTried = false;
+    bool msimg32Tried = false;
+    bool shellSettingsRead = false;
     bool hosted = false;
     std::unique_ptr<Window> hostFrame;
     KelText applicationName;

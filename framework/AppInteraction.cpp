@@ -2,8 +2,10 @@
 
 #include <shobjidl.h>
 
+#include "framework/AppEntry.h"
 #include "framework/CheckMessageBox.h"
 #include "framework/Folders.h"
+#include "framework/SystemLibrary.h"
 #include "text/WideText.h"
 
 int32_t MessageBoxButtons(uint32_t style, int32_t (&ids)[3])
@@ -79,9 +81,18 @@ void SystemInteraction::Alert(HWND owner, uint32_t beepType)
 bool SystemInteraction::BrowseForFolder(HWND owner, const KelText& title,
                                         const KelText& startFolder, KelText& chosen)
 {
+    // COM and its library are taken up with the first folder browser.
+    AppEntry* app = GetAppEntry();
+    if (!(app ? app->EnsureCom() : EnterComOnThisThread()))
+        return false;
+    using CreateProc = HRESULT(WINAPI*)(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*);
+    using FreeProc = void(WINAPI*)(LPVOID);
+    auto create = ComEntry<CreateProc>("CoCreateInstance");
+    auto freeMemory = ComEntry<FreeProc>("CoTaskMemFree");
     IFileOpenDialog* dialog = nullptr;
-    if (FAILED(CoCreateInstance(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER,
-                                IID_IFileOpenDialog, reinterpret_cast<void**>(&dialog))))
+    if (!create || !freeMemory ||
+        FAILED(create(CLSID_FileOpenDialog, nullptr, CLSCTX_INPROC_SERVER, IID_IFileOpenDialog,
+                      reinterpret_cast<void**>(&dialog))))
         return false;
 
     FILEOPENDIALOGOPTIONS options = 0;
@@ -110,7 +121,7 @@ bool SystemInteraction::BrowseForFolder(HWND owner, const KelText& title,
         {
             chosen = NormaliseFolder(FromWide(path));
             picked = true;
-            CoTaskMemFree(path);
+            freeMemory(path);
         }
         result->Release();
     }

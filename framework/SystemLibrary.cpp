@@ -1,5 +1,7 @@
 #include "framework/SystemLibrary.h"
 
+#include <objbase.h>
+
 #include <string>
 
 bool RestrictDllSearch()
@@ -27,4 +29,44 @@ HMODULE LoadSystemLibrary(const wchar_t* name)
     path += L'\\';
     path += name;
     return LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+
+HMODULE ComLibrary()
+{
+    static const HMODULE module = LoadSystemLibrary(L"ole32.dll");
+    return module;
+}
+
+bool EnterCom(bool& entered)
+{
+    auto enter = ComEntry<HRESULT(WINAPI*)(LPVOID)>("CoInitialize");
+    const HRESULT result = enter ? enter(nullptr) : E_NOTIMPL;
+    // Entered (also again: S_FALSE) means one CoUninitialize is owed. A thread
+    // that its host put in the other apartment model can use COM all the same.
+    entered = SUCCEEDED(result);
+    return entered || result == RPC_E_CHANGED_MODE;
+}
+
+bool EnterComOnThisThread()
+{
+    // One per thread: entered on the first call, left when the thread ends.
+    struct Apartment
+    {
+        bool tried = false;
+        bool usable = false;
+        bool entered = false;
+        ~Apartment()
+        {
+            if (entered)
+                if (auto leave = ComEntry<void(WINAPI*)()>("CoUninitialize"))
+                    leave();
+        }
+    };
+    thread_local Apartment apartment;
+    if (!apartment.tried)
+    {
+        apartment.tried = true;
+        apartment.usable = EnterCom(apartment.entered);
+    }
+    return apartment.usable;
 }

@@ -23,3 +23,23 @@ Function GetProc(HMODULE module, const char* name)
     // Through void*: the casts between function pointer types are deliberate.
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
+
+// ole32.dll, loaded on the first call and kept for the rest of the process:
+// COM is used only by some windows (the folder browser), so programs do not
+// link it and pay for it at start.
+HMODULE ComLibrary();
+
+// An export of ole32.dll as a typed pointer; null when it is missing.
+template <typename Function>
+Function ComEntry(const char* name)
+{
+    return GetProc<Function>(ComLibrary(), name);
+}
+
+// Enters COM (single-threaded apartment) on the calling thread. Answers
+// whether COM can be used there; `entered` tells whether a CoUninitialize on
+// this thread is owed.
+bool EnterCom(bool& entered);
+
+// EnterCom once per thread; the thread leaves COM when it ends.
+bool EnterComOnThisThread();

@@ -445,8 +445,12 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
     uint32_t count = 0;
     if (!archive.Count(count, Archive::RecordHeaderSize))
         return false;
-    // Most files hold numbers close to their count of entries.
-    if (!ReservePool(std::min<size_t>(archive.TotalBytes() / 2, size_t(count) * 24) + 1))
+    // Room for the texts of one language at once, so that the pool is not
+    // moved while it fills: an entry holds a text per language and a default
+    // text of about the same length each, so a quarter more than the file's
+    // share per text is seldom outgrown (the pool still grows when it is).
+    const size_t share = archive.TotalBytes() / 2 / size_t(std::max(names.Count() + 1, 1));
+    if (!ReservePool(std::min<size_t>(archive.TotalBytes() / 2, share + share / 4) + 1))
         return false;
     if (archive.WideTexts() && !archive.IsAlternativeFormat())
     {

@@ -2,20 +2,27 @@
 // template held in memory, titled "Minimal Dialog", with an OK button. The
 // start-up benchmark sets EditKel.exe's way to its first window beside this.
 //
-// Built with KEL_EDITKEL_LIBRARIES (and EditKel's manifest, which asks for
-// common controls 6) the same dialog first makes the library calls that
-// EditKel's start-up makes before any work of its own: common controls and
-// COM initialised, the shell's settings and a known folder asked for, the
-// optional drawing and rich-edit libraries loaded, themes looked at. That
-// program shows what the platform charges any program set up like EditKel.
+// Built with EditKel's manifest (common controls 6) alone, it shows what the
+// manifest costs. Built with KEL_EDITKEL_LIBRARIES as well, the same dialog
+// first makes the library calls that EditKel's start-up makes before its
+// first window: common controls initialised and the known folders asked for
+// (the shell). That program shows what the platform charges any program set
+// up like EditKel.
+//
+// Built with KEL_PROPERTY_DIALOG (and the manifest), OK in the dialog opens
+// a property dialog, "Minimal Property Dialog", with as many empty pages as
+// the command line says (default 5): the reference for the time from the
+// picker's OK to EditKel's configuration dialog.
 #include <windows.h>
-#if defined(KEL_EDITKEL_LIBRARIES)
+#if defined(KEL_EDITKEL_LIBRARIES) || defined(KEL_PROPERTY_DIALOG)
 #include <commctrl.h>
-#include <initializer_list>
 #include <shlobj.h>
-#include <uxtheme.h>
 #endif
+#include <cstdlib>
+#include <string>
+#include <vector>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -47,14 +54,54 @@ void MakeEditKelLibraryCalls()
 {
     INITCOMMONCONTROLSEX controls = {sizeof controls, 0x45FF};
     InitCommonControlsEx(&controls);
-    CoInitialize(nullptr);
-    SHELLFLAGSTATE state = {};
-    SHGetSettings(&state, SSF_DOUBLECLICKINWEBVIEW | SSF_WIN95CLASSIC);
-    for (const wchar_t* library : {L"msimg32.dll", L"Riched20.dll"})
-        LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    IsAppThemed();
     wchar_t folder[MAX_PATH];
-    SHGetFolderPathW(nullptr, CSIDL_COMMON_DOCUMENTS, nullptr, SHGFP_TYPE_CURRENT, folder);
+    for (int known : {CSIDL_LOCAL_APPDATA, CSIDL_APPDATA, CSIDL_COMMON_DOCUMENTS})
+        SHGetFolderPathW(nullptr, known, nullptr, SHGFP_TYPE_CURRENT, folder);
+}
+#endif
+
+#if defined(KEL_PROPERTY_DIALOG)
+INT_PTR CALLBACK EmptyPageProc(HWND, UINT message, WPARAM, LPARAM)
+{
+    return message == WM_INITDIALOG;
+}
+
+// A property dialog of `count` empty pages, each from one template in memory.
+void ShowPropertyDialog(int count)
+{
+    alignas(4) static std::uint16_t buffer[64] = {};
+    auto* page = reinterpret_cast<DLGTEMPLATE*>(buffer);
+    page->style = DS_SETFONT | DS_CONTROL | WS_CHILD;
+    page->cx = 300;
+    page->cy = 200;
+    std::uint16_t* at = reinterpret_cast<std::uint16_t*>(page + 1);
+    *at++ = 0; // no menu
+    *at++ = 0; // the standard dialog class
+    *at++ = 0; // no caption
+    *at++ = 8;
+    Put(at, L"MS Shell Dlg");
+
+    std::vector<HPROPSHEETPAGE> pages;
+    std::vector<std::wstring> names;
+    for (int i = 0; i < count; ++i)
+        names.push_back(L"Page " + std::to_wstring(i + 1));
+    for (int i = 0; i < count; ++i)
+    {
+        PROPSHEETPAGEW sheetPage = {};
+        sheetPage.dwSize = sizeof sheetPage;
+        sheetPage.dwFlags = PSP_DLGINDIRECT | PSP_USETITLE;
+        sheetPage.pResource = page;
+        sheetPage.pszTitle = names[size_t(i)].c_str();
+        sheetPage.pfnDlgProc = EmptyPageProc;
+        pages.push_back(CreatePropertySheetPageW(&sheetPage));
+    }
+    PROPSHEETHEADERW header = {};
+    header.dwSize = sizeof header;
+    header.dwFlags = PSH_NOCONTEXTHELP;
+    header.pszCaption = L"Minimal Property Dialog";
+    header.nPages = UINT(pages.size());
+    header.phpage = pages.data();
+    PropertySheetW(&header);
 }
 #endif
 } // namespace
@@ -91,5 +138,10 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int)
     Put(at, L"OK");
     *at++ = 0; // no creation data
     DialogBoxIndirectParamW(instance, dialog, nullptr, DialogProc, 0);
+#if defined(KEL_PROPERTY_DIALOG)
+    int count = 0;
+    wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    ShowPropertyDialog(count > 1 ? std::max(1, _wtoi(arguments[1])) : 5);
+#endif
     return 0;
 }

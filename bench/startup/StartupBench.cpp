@@ -1,18 +1,25 @@
-// Start-up under Wine: how long EditKel.exe takes from its start to its first
-// visible window (the configuration picker, "Select Configuration - Plotwise")
-// beside a minimal program that shows one dialog ("Minimal Dialog"), and,
-// when given, beside the same dialog built with EditKel's manifest after the
-// library calls of EditKel's start-up (what the platform charges before any
-// work of EditKel's own). All run in the same prefix with the same wine
-// server, started in turn (the order turning one place each run, so that a
-// drift of the machine touches all alike) after one warm-up start each; each
-// program is ended as soon as its window shows.
+// Start-up under Wine, measured side by side with reference programs in the
+// same prefix and the same wine server:
 //
-//   StartupBench.exe <EditKel.exe> <MinimalDialog.exe> <demo configuration folder> [runs]
-//                    [EditKelLibraries.exe]
+// 1. From the start of a program to its first visible window: EditKel.exe to
+//    its configuration picker ("Select Configuration - Plotwise") beside a
+//    minimal program that shows one dialog ("Minimal Dialog"), the same
+//    dialog with EditKel's manifest (common controls 6) and nothing else, and
+//    that dialog after the library calls that EditKel's start-up makes (what
+//    the platform charges before any work of EditKel's own).
+// 2. From the picker's OK to the configuration dialog shown, for the product
+//    with the most pages, beside a minimal program whose dialog's OK opens a
+//    property dialog with as many empty pages ("Minimal Property Dialog").
 //
-// The demo folder is registered first as the configuration "Demo" of
-// Plotwise for the current user, as the picker needs one to show.
+// Every program is started in turn, the order turning one place each run so
+// that a drift of the machine touches all alike, after one warm-up start
+// each; each program is ended as soon as the window timed shows.
+//
+//   StartupBench.exe <EditKel.exe> <demo configuration folder> <runs> <MinimalDialog.exe>
+//                    <ManifestDialog.exe> <EditKelLibraries.exe> <PropertyDialog.exe>
+//
+// The demo folder is registered first as the configuration "Demo" of the
+// products measured, for the current user, as the picker needs one to show.
 #include <windows.h>
 
 #include <algorithm>
@@ -28,11 +35,18 @@
 
 namespace
 {
+// The product whose configuration dialog has the most pages.
+const wchar_t* const kDialogProduct = L"Shopwise";
+
 struct Program
 {
+    const char* name; // as printed
     std::wstring path;
     std::wstring arguments;
-    std::wstring title; // of its first visible window, exactly
+    std::wstring title; // of the first visible window, exactly
+    // When set: the first window's OK is posted, and the time is measured
+    // from then until a window of this title shows.
+    std::wstring nextTitle;
     std::vector<double> milliseconds;
 };
 
@@ -40,7 +54,7 @@ struct Search
 {
     DWORD process;
     const std::wstring* title;
-    bool found;
+    HWND found;
 };
 
 BOOL CALLBACK LookAt(HWND window, LPARAM parameter)
@@ -52,7 +66,8 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter)
         return TRUE;
     wchar_t title[256] = {};
     GetWindowTextW(window, title, 256);
-    search.found = search.title->compare(title) == 0;
+    if (search.title->compare(title) == 0)
+        search.found = window;
     return !search.found;
 }
 
@@ -69,30 +84,58 @@ double Now()
     return double(counter.QuadPart) * 1000.0 / double(frequency.QuadPart);
 }
 
-// Starts the program and answers the milliseconds until its window shows;
-// negative when it did not within a minute.
-double TimeStart(const Program& program)
+// Waits (at most a minute from `start`) until the process shows a window of
+// that title; null when it does not or the process ends.
+HWND WaitForWindow(HANDLE process, DWORD processId, const std::wstring& title, double start)
+{
+    Search search{processId, &title, nullptr};
+    while (Now() - start < 60000)
+    {
+        EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
+        if (search.found)
+            return search.found;
+        if (WaitForSingleObject(process, 1) == WAIT_OBJECT_0)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+// Runs the program once and answers the milliseconds measured; negative when
+// a window did not show within a minute. `pages` receives the tab count of
+// the second window, when there is one.
+double TimeRun(const Program& program, int* pages = nullptr)
 {
     std::wstring commandLine = L"\"" + program.path + L"\" " + program.arguments;
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    const double start = Now();
+    double start = Now();
     if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                         &startup, &started))
         return -1;
     double took = -1;
-    Search search{started.dwProcessId, &program.title, false};
-    while (Now() - start < 60000)
+    if (HWND first = WaitForWindow(started.hProcess, started.dwProcessId, program.title, start))
     {
-        EnumWindows(LookAt, reinterpret_cast<LPARAM>(&search));
-        if (search.found)
+        took = Now() - start;
+        if (!program.nextTitle.empty())
         {
-            took = Now() - start;
-            break;
+            // As a click on OK does it (mouse input from outside is posted).
+            took = -1;
+            start = Now();
+            PostMessageW(first, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED),
+                         LPARAM(GetDlgItem(first, IDOK)));
+            if (HWND next =
+                    WaitForWindow(started.hProcess, started.dwProcessId, program.nextTitle, start))
+            {
+                took = Now() - start;
+                if (pages)
+                {
+                    HWND tabs = FindWindowExW(next, nullptr, L"SysTabControl32", nullptr);
+                    *pages =
+                        tabs ? int(SendMessageW(tabs, 0x1304 /* TCM_GETITEMCOUNT */, 0, 0)) : 0;
+                }
+            }
         }
-        if (WaitForSingleObject(started.hProcess, 1) == WAIT_OBJECT_0)
-            break; // it ended without showing the window
     }
     TerminateProcess(started.hProcess, 0);
     WaitForSingleObject(started.hProcess, 10000);
@@ -108,85 +151,135 @@ double Median(std::vector<double> values)
     return n == 0 ? -1 : n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
-bool Register(const std::wstring& folder)
+bool Register(const std::wstring& product, const std::wstring& folder)
 {
-    const std::wstring key =
-        L"Software\\Orvantix\\Brindlecove " STARTUP_WIDE(KEL_RELEASE) L"\\Plotwise\\Configurations";
+    const std::wstring key = L"Software\\Orvantix\\Brindlecove " STARTUP_WIDE(KEL_RELEASE) L"\\" +
+                             product + L"\\Configurations";
     const std::wstring value = folder.back() == L'\\' ? folder : folder + L"\\";
     return RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"Demo", REG_SZ, value.c_str(),
                            DWORD((value.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
+}
+
+void Summary(const char* what, double value, double target)
+{
+    std::printf("SUMMARY|%s|%.2f|%.2f|x\n", what, value, target);
 }
 } // namespace
 
 int wmain(int count, wchar_t** arguments)
 {
-    if (count < 4)
+    if (count < 8)
     {
-        std::fprintf(stderr, "usage: StartupBench <EditKel.exe> <MinimalDialog.exe> <demo folder> "
-                             "[runs] [EditKelLibraries.exe]\n");
+        std::fprintf(stderr, "usage: StartupBench <EditKel.exe> <demo folder> <runs> "
+                             "<MinimalDialog.exe> <ManifestDialog.exe> <EditKelLibraries.exe> "
+                             "<PropertyDialog.exe>\n");
         return 2;
     }
-    const int runs = count > 4 ? std::max(1, _wtoi(arguments[4])) : 9;
-    if (!Register(arguments[3]))
+    const int runs = std::max(1, _wtoi(arguments[3]));
+    if (!Register(L"Plotwise", arguments[2]) || !Register(kDialogProduct, arguments[2]))
     {
         std::fprintf(stderr, "cannot register the demo configuration\n");
         return 1;
     }
+    const std::wstring product = kDialogProduct;
+    enum
+    {
+        Editor,
+        Minimal,
+        Manifest,
+        Libraries,
+        EditorDialog,
+        PropertyDialog
+    };
     std::vector<Program> programs = {
-        {arguments[1], L"-app=Plotwise", L"Select Configuration - Plotwise", {}},
-        {arguments[2], L"", L"Minimal Dialog", {}}};
-    if (count > 5)
-        programs.push_back({arguments[5], L"", L"Minimal Dialog", {}});
-    const Program& editor = programs[0];
-    const Program& minimal = programs[1];
+        {"EditKel (the picker)",
+         arguments[1],
+         L"-app=Plotwise",
+         L"Select Configuration - Plotwise",
+         L"",
+         {}},
+        {"minimal dialog", arguments[4], L"", L"Minimal Dialog", L"", {}},
+        {"minimal dialog, EditKel's manifest", arguments[5], L"", L"Minimal Dialog", L"", {}},
+        {"minimal dialog, EditKel's library calls", arguments[6], L"", L"Minimal Dialog", L"", {}},
+        {"EditKel, picker OK to the dialog",
+         arguments[1],
+         L"-app=" + product,
+         L"Select Configuration - " + product,
+         product + L" Config Editor - " STARTUP_WIDE(KEL_VERSION_TEXT),
+         {}},
+        {"minimal property dialog, OK to it",
+         arguments[7],
+         L"",
+         L"Minimal Dialog",
+         L"Minimal Property Dialog",
+         {}}};
 
-    // One start each to warm up (the first start of a prefix loads much from disk).
-    for (Program& program : programs)
-        if (TimeStart(program) < 0)
+    // One run each to warm up (the first start of a prefix loads much from
+    // disk); the editor's run also tells how many pages its dialog has.
+    int pages = 0;
+    for (size_t i = 0; i < programs.size(); ++i)
+    {
+        if (i == PropertyDialog)
+            programs[i].arguments = std::to_wstring(pages);
+        if (TimeRun(programs[i], i == EditorDialog ? &pages : nullptr) < 0 ||
+            (i == EditorDialog && pages <= 0))
         {
-            std::fprintf(stderr, "%ls did not show its window\n", program.path.c_str());
+            std::fprintf(stderr, "%ls %ls did not show its windows\n", programs[i].path.c_str(),
+                         programs[i].arguments.c_str());
             return 1;
         }
+    }
     for (int run = 0; run < runs; ++run)
         for (size_t turn = 0; turn < programs.size(); ++turn)
         {
             Program& program = programs[(turn + size_t(run)) % programs.size()];
-            const double took = TimeStart(program);
+            const double took = TimeRun(program);
             if (took < 0)
             {
-                std::fprintf(stderr, "%ls did not show its window\n", program.path.c_str());
+                std::fprintf(stderr, "%ls did not show its windows\n", program.path.c_str());
                 return 1;
             }
             program.milliseconds.push_back(took);
         }
 
-    std::printf("Start to first visible window under Wine, milliseconds (%d runs each):\n", runs);
-    const wchar_t* names[] = {L"EditKel (the picker)", L"minimal dialog",
-                              L"minimal dialog, EditKel's libraries"};
-    for (size_t i = 0; i < programs.size(); ++i)
+    std::printf("Under Wine, milliseconds (%d runs each; start to first window, or OK to the "
+                "dialog):\n",
+                runs);
+    std::vector<double> medians;
+    for (const Program& program : programs)
     {
-        std::printf("  %-36ls median %7.1f  runs", names[i], Median(programs[i].milliseconds));
-        for (double took : programs[i].milliseconds)
+        medians.push_back(Median(program.milliseconds));
+        std::printf("  %-40s median %7.1f  runs", program.name, medians.back());
+        for (double took : program.milliseconds)
             std::printf(" %.0f", took);
         std::printf("\n");
     }
-    const double ratio = Median(editor.milliseconds) / Median(minimal.milliseconds);
-    std::printf("  EditKel / minimal dialog: %.2fx\n", ratio);
-    double floor = -1;
-    if (programs.size() > 2)
-    {
-        floor = Median(programs[2].milliseconds) / Median(minimal.milliseconds);
-        std::printf("  minimal dialog with EditKel's libraries / minimal dialog: %.2fx\n"
-                    "  EditKel / minimal dialog with EditKel's libraries: %.2fx\n",
-                    floor, Median(editor.milliseconds) / Median(programs[2].milliseconds));
-    }
-    std::printf("\nSUMMARY|start-up under Wine: EditKel to the picker / a minimal dialog program "
-                "(medians of %d)|%.2f|%.2f|x\n",
-                runs, ratio, 1.10);
-    if (floor > 0)
-        std::printf("SUMMARY|  the same minimal dialog with EditKel's manifest and library calls "
-                    "(no EditKel work) / minimal dialog|%.2f|%.2f|x\n",
-                    floor, 1.10);
+    const double plain = medians[Editor] / medians[Minimal];
+    const double manifest = medians[Editor] / medians[Manifest];
+    const double floor = medians[Libraries] / medians[Manifest];
+    const double dialog = medians[EditorDialog] / medians[PropertyDialog];
+    std::printf("  EditKel / minimal dialog: %.2fx\n"
+                "  EditKel / minimal dialog with EditKel's manifest: %.2fx\n"
+                "  minimal dialog with EditKel's manifest / minimal dialog: %.2fx\n"
+                "  minimal dialog with EditKel's library calls / with the manifest: %.2fx\n"
+                "  %ls dialog (%d pages), picker OK to shown / minimal property dialog with %d "
+                "empty pages: %.2fx\n\n",
+                plain, manifest, medians[Manifest] / medians[Minimal], floor, product.c_str(),
+                pages, pages, dialog);
+
+    char row[200];
+    std::snprintf(row, sizeof row,
+                  "start-up under Wine: EditKel to the picker / minimal dialog with EditKel's "
+                  "manifest (medians of %d)",
+                  runs);
+    Summary(row, manifest, 1.10);
+    Summary("  its floor: that dialog after EditKel's start-up library calls / with the manifest",
+            floor, 1.10);
+    std::snprintf(row, sizeof row,
+                  "start-up under Wine: picker OK to the %ls dialog / minimal property dialog "
+                  "with %d pages",
+                  product.c_str(), pages);
+    Summary(row, dialog, 1.50);
     std::fflush(stdout);
     return 0;
 }

@@ -12,7 +12,7 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 windows=$(cd "$1" 2>/dev/null && pwd || echo "$1")
 bench=$(cd "$2" && pwd)
 runs=${3:-9}
-what="start-up under Wine: EditKel to the picker / a minimal dialog program"
+what="start-up under Wine: EditKel to the picker / minimal dialog with EditKel's manifest"
 
 editor="$windows/bin/EditKel.exe"
 programs="$bench/bench/startup"
@@ -35,6 +35,7 @@ rm -rf "$dir/demo"
 cp -r "$root/samples/Demo" "$dir/demo"
 
 "$harness" run "$dir" "$programs/StartupBench.exe" "$(winpath "$editor")" \
-    "$(winpath "$programs/MinimalDialog.exe")" "$(winpath "$dir/demo")" "$runs" \
-    "$(winpath "$programs/EditKelLibraries.exe")" 2>&1 |
+    "$(winpath "$dir/demo")" "$runs" "$(winpath "$programs/MinimalDialog.exe")" \
+    "$(winpath "$programs/ManifestDialog.exe")" "$(winpath "$programs/EditKelLibraries.exe")" \
+    "$(winpath "$programs/PropertyDialog.exe")" 2>&1 |
     tr -d '\r'
