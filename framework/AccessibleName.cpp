@@ -5,6 +5,7 @@
 
 #include <map>
 
+#include "framework/AppEntry.h"
 #include "framework/SystemLibrary.h"
 #include "text/AccessKey.h"
 #include "text/WideText.h"
@@ -50,6 +51,10 @@ IAccPropServices* Services()
     if (names.servicesTried)
         return names.services;
     names.servicesTried = true;
+    // The object is used on this thread from now on: enter COM first (the
+    // application object enters it on first use, not at start).
+    if (AppEntry* app = GetAppEntry())
+        app->EnsureCom();
     HMODULE oleacc = LoadSystemLibrary(L"oleacc.dll");
     using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
     auto getClass = GetProc<GetClassObject>(oleacc, "DllGetClassObject");
