@@ -268,22 +268,29 @@ public:
     // system also does for a process that crashed.
     LockAttempt TryLockFile(PathRef lockPath, void*& handle) override
     {
-        const HANDLE file =
-            CreateFileW(Wide(lockPath), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
-                        OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-        if (file != INVALID_HANDLE_VALUE)
+        // Access is also denied to a lock file whose deletion is pending (its
+        // holder is closing it), and that file may be gone a moment later:
+        // only a denial met again with no lock file there means a folder
+        // that takes no new file.
+        for (int attempt = 0; attempt < 3; ++attempt)
         {
-            handle = file;
-            return LockAttempt::Taken;
+            const HANDLE file = CreateFileW(
+                Wide(lockPath), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
+                FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+            if (file != INVALID_HANDLE_VALUE)
+            {
+                handle = file;
+                return LockAttempt::Taken;
+            }
+            const DWORD error = GetLastError();
+            if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION)
+                return LockAttempt::Busy;
+            if (error != ERROR_ACCESS_DENIED)
+                return LockAttempt::Unavailable;
+            if (GetFileAttributesW(Wide(lockPath)) != INVALID_FILE_ATTRIBUTES)
+                return LockAttempt::Busy;
+            Sleep(1);
         }
-        const DWORD error = GetLastError();
-        if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION)
-            return LockAttempt::Busy;
-        // Access is also denied to a lock file whose deletion is pending
-        // (its holder is closing it): that one is busy, not unavailable.
-        if (error == ERROR_ACCESS_DENIED &&
-            GetFileAttributesW(Wide(lockPath)) != INVALID_FILE_ATTRIBUTES)
-            return LockAttempt::Busy;
         return LockAttempt::Unavailable;
     }
 

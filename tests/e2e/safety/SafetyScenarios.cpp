@@ -73,8 +73,9 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
         std::wstring pathKey;
         int failed = 0;
         int lost = 0;
+        std::string said; // what the first failed import said
     };
-    Side sides[2] = {{L"importer-a", L"DXF"}, {L"importer-b", L"Images"}};
+    Side sides[2] = {{L"importer-a", L"DXF", 0, 0, {}}, {L"importer-b", L"Images", 0, 0, {}}};
     auto importing = [&](Side& side, bool first)
     {
         for (int round = 0; round < Rounds; ++round)
@@ -86,8 +87,8 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
             const Finished run = Import("[Program Paths]\n" + Utf8(side.pathKey) + " = " + folder +
                                             "\n" + other + "\n",
                                         side.name);
-            if (run.exitCode != 0)
-                ++side.failed;
+            if (run.exitCode != 0 && side.failed++ == 0)
+                side.said = run.err;
             // Until this side's next import, nothing may take its value away.
             if (SettingsValue(Ini(), L"PROGRAM PATHS", side.pathKey) !=
                 std::wstring(folder.begin(), folder.end()))
@@ -109,7 +110,7 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
     EXPECT_GT(reads.load(), Rounds);
     for (const Side& side : sides)
     {
-        EXPECT_EQ(side.failed, 0) << Utf8(side.name);
+        EXPECT_EQ(side.failed, 0) << Utf8(side.name) << ": " << side.said;
         EXPECT_EQ(side.lost, 0) << Utf8(side.name);
     }
     EXPECT_EQ(SettingsValue(Ini(), L"PROGRAM PATHS", L"DXF"), L"D:/A/99/");
