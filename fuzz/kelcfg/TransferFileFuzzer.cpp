@@ -13,19 +13,10 @@
 #include <vector>
 
 #include "app/deploy/TransferFile.h"
+#include "fuzz/FuzzCheck.h"
 
 namespace
 {
-#define Check(condition) CheckThat(condition, #condition)
-
-void CheckThat(bool condition, const char* what)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "check failed: %s\n", what);
-    std::abort();
-}
-
 bool IsBlank(char16_t unit)
 {
     return unit == u' ' || unit == u'\t';

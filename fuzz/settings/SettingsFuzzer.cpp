@@ -16,6 +16,7 @@
 #include <memory>
 #include <string>
 
+#include "fuzz/FuzzCheck.h"
 #include "platform/FileSystem.h"
 #include "settings/iniFile.h"
 #include "tests/core/CoreTestSupport.h"
@@ -23,16 +24,6 @@
 namespace
 {
 const char16_t* const kPath = u"fuzz.ini";
-
-#define Check(condition) CheckThat(condition, #condition)
-
-void CheckThat(bool condition, const char* what)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "check failed: %s\n", what);
-    std::abort();
-}
 
 // The searches of iniLines, done as a plain scan with its own folding.
 bool SameFolded(std::u16string_view a, std::u16string_view b)
