@@ -39,7 +39,12 @@ step "reproducible release (second build in another folder) and signing"
 repro=$(mktemp -d /tmp/editkel-repro.XXXXXX)
 bash tools/check-reproducible.sh build/windows "$repro"
 bash tools/check-signing.sh "$repro/build/windows"
-rm -rf "$repro"
+# The second build ran its tools under Wine in a prefix of its own: stop that
+# wine server (and any display it started) before the folder goes, or the
+# server may still be writing its registry files into it.
+bash cmake/wine-harness.sh stop "$repro/build/windows/wine" || true
+WINEPREFIX="$repro/build/windows/wine/prefix" wineserver -w 2>/dev/null || true
+rm -rf "$repro" || { sleep 2; rm -rf "$repro"; }
 
 step "native build (ASan + UBSan)"
 cmake --preset native >/dev/null
