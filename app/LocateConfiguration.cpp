@@ -173,6 +173,10 @@ int32_t LocateConfiguration(SettingsContext& context, const KelText& fileNameIn,
             const KelText path = newFolder + fileName;
             if (!app->PathExists(path))
             {
+                // An empty settings file that marks the new folder as a
+                // configuration. CREATE_NEW rather than the file system's
+                // whole-file write: it never replaces a file that another
+                // program made in the meantime, and it writes no bytes.
                 HANDLE file = CreateFileW(AsWide(path), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                           FILE_ATTRIBUTE_NORMAL, nullptr);
                 if (file != INVALID_HANDLE_VALUE)
