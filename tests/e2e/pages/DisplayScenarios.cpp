@@ -82,6 +82,11 @@ TEST_F(Display, GermanPageMovedToAMonitorOf144DpiTakesTheSuggestedSize)
         << suggested.left << "," << suggested.top << "-" << suggested.right << ","
         << suggested.bottom;
     EXPECT_NEAR(double(Height(box)) / boxBefore, 1.5, 0.15);
+    // The picture shows the page once it has painted at its new size.
+    RedrawWindow(dialog, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    Send(dialog, WM_NULL);
+    Sleep(300);
     Screenshot(L"page", dialog, L"display");
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
