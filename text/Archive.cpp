@@ -153,6 +153,15 @@ const char* Archive::Peek(size_t bytes)
     return held + (position - heldStart);
 }
 
+const char* Archive::Held(size_t& available) const
+{
+    available = 0;
+    if (!ok || !IsReading() || position < heldStart || position > heldStart + heldSize)
+        return nullptr;
+    available = std::min(heldStart + heldSize, Limit()) - position;
+    return held ? held + (position - heldStart) : nullptr;
+}
+
 void Archive::Skip(size_t bytes)
 {
     if (!ok || !IsReading() || bytes > Limit() - position)

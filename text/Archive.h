@@ -142,6 +142,11 @@ public:
     void Skip(size_t bytes);
     // The bytes that remain before the end of the open block, record or body.
     size_t Remaining() const { return Limit() - position; }
+    // The bytes from the read position on that are in memory already, up to
+    // the end of the open block, record or body, without reading any:
+    // `available` says how many. For readers that pass over many small
+    // records and take them from memory as long as they are whole there.
+    const char* Held(size_t& available) const;
 
     // A block boundary (see the layout above).
     void Boundary();

@@ -250,6 +250,8 @@ bool TextHolder::AddToTable(uint32_t number, const KelText& text)
 
 bool TextHolder::ReservePool(size_t units)
 {
+    // Offsets into the pool are 32-bit and 1-based.
+    units = std::min<size_t>(units, UINT32_MAX - 1);
     if (units <= poolCapacity)
         return true;
     std::unique_ptr<char16_t[]> larger(new (std::nothrow) char16_t[units]);
@@ -265,32 +267,40 @@ bool TextHolder::ReservePool(size_t units)
 bool TextHolder::AddToTable(uint32_t number, const void* units, size_t length)
 {
     // An empty text is kept as one: only a number without an entry is absent.
-    if (poolSize + length + 1 > UINT32_MAX - 1)
+    const size_t needed = poolSize + length + 1;
+    if (number >= index.size() || needed > poolCapacity)
+        return AddToTableGrowing(number, units, length);
+    index[number] = uint32_t(poolSize) + 1;
+    if (number >= uint32_t(numberLimit))
+        numberLimit = int32_t(number + 1); // below DirectNumbers
+    std::memcpy(pool.get() + poolSize, units, length * sizeof(char16_t));
+    poolSize = needed;
+    pool[needed - 1] = 0;
+    return true;
+}
+
+bool TextHolder::AddToTableGrowing(uint32_t number, const void* units, size_t length)
+{
+    const size_t needed = poolSize + length + 1;
+    if (needed > poolCapacity && !ReservePool(std::max(needed, poolCapacity * 2)))
         return false;
-    if (poolSize + length + 1 > poolCapacity &&
-        !ReservePool(std::max(poolSize + length + 1, poolCapacity * 2)))
-        return false;
-    const uint32_t offset = uint32_t(poolSize) + 1;
+    if (needed > poolCapacity)
+        return false; // beyond the most a pool can hold
     if (number < DirectNumbers)
     {
+        // Grown by doubling, with every new slot empty, so that numbers
+        // arriving in ascending order neither copy nor resize it each time.
         if (number >= index.size())
-        {
-            // Grow by doubling so that numbers arriving in ascending order do
-            // not copy the index at every step.
-            if (number >= index.capacity())
-                index.reserve(std::min<size_t>(DirectNumbers,
-                                               std::max<size_t>(number + 1, index.capacity() * 2)));
-            index.resize(number + 1, 0);
-        }
-        index[number] = offset;
+            index.resize(
+                std::min<size_t>(DirectNumbers, std::max<size_t>(number + 1, index.size() * 2)));
+        return AddToTable(number, units, length);
     }
-    else
-        largeNumbers.push_back({number, offset});
-    numberLimit =
-        int32_t(std::max<int64_t>(numberLimit, std::min<int64_t>(int64_t(number) + 1, INT32_MAX)));
+    largeNumbers.push_back({number, uint32_t(poolSize) + 1});
+    if (number >= uint32_t(numberLimit))
+        numberLimit = int32_t(std::min<int64_t>(int64_t(number) + 1, INT32_MAX));
     std::memcpy(pool.get() + poolSize, units, length * sizeof(char16_t));
-    poolSize += length;
-    pool[poolSize++] = 0;
+    poolSize = needed;
+    pool[needed - 1] = 0;
     return true;
 }
 
@@ -440,6 +450,117 @@ bool TextHolder::ReadFrom(Archive& archive)
     return true;
 }
 
+namespace
+{
+// Reads the parts of one record's body held in memory, each bounded by the
+// end of the part that encloses it (the record, or its open block), as the
+// archive's own reads are.
+class RecordBytes
+{
+public:
+    RecordBytes(const char* body, size_t size) : at(body), end(body + size), limit(end) {}
+
+    size_t Left() const { return size_t(limit - at); }
+
+    bool U32(uint32_t& value)
+    {
+        if (Left() < 4)
+            return false;
+        std::memcpy(&value, at, 4);
+        at += 4;
+        return true;
+    }
+    bool Pass(size_t bytes)
+    {
+        if (Left() < bytes)
+            return false;
+        at += bytes;
+        return true;
+    }
+    // A block boundary: closes the open block (reading goes on at its end)
+    // and opens the next one, which may run to the end of the record.
+    bool Boundary()
+    {
+        if (blockOpen)
+            at = limit;
+        limit = end;
+        uint32_t size;
+        if (!U32(size) || size > size_t(end - at))
+            return false;
+        limit = at + size;
+        blockOpen = true;
+        return true;
+    }
+    // A wide text: its units and how many there are (without the
+    // terminator); the empty text for a count of 0.
+    bool Text(const char*& units, size_t& length)
+    {
+        uint32_t count;
+        if (!U32(count))
+            return false;
+        units = at;
+        length = 0;
+        if (count == 0)
+            return true;
+        if (count > Left() / 2 || count - 1 > uint32_t(Archive::MaxTextUnits) ||
+            !Archive::IsWideText(at, count))
+            return false;
+        length = count - 1;
+        at += size_t(count) * 2;
+        return true;
+    }
+
+private:
+    const char* at;
+    const char* end;
+    const char* limit;
+    bool blockOpen = false;
+};
+
+// The text an entry record gives one language, and the entry's number.
+struct KeptText
+{
+    uint32_t number = 0;
+    const char* units = nullptr;
+    size_t length = 0;
+};
+
+// Reads the body of one entry record (`size` bytes after its header) with
+// every check that reading it into a TextEntry makes, and finds the text of
+// language `slot`, or the default text when that one is empty. The fields in
+// TextEntry's order: default text, note, extra; block: number, category,
+// data, attributes; block: the language texts and the linked numbers.
+bool ReadEntryRecord(const char* body, size_t size, int32_t slot, KeptText& kept)
+{
+    RecordBytes record(body, size);
+    const char *defaultUnits, *units;
+    size_t defaultLength, length;
+    uint32_t textCount, linkCount;
+    bool read = record.Text(defaultUnits, defaultLength) && record.Text(units, length) &&
+                record.Text(units, length) && record.Boundary() && record.U32(kept.number) &&
+                record.Pass(4 + 8 + 4) && record.Boundary() && record.U32(textCount) &&
+                textCount <= record.Left() / Archive::MinTextSize;
+    kept.length = 0;
+    for (uint32_t i = 0; read && i < textCount; ++i)
+    {
+        read = record.Text(units, length);
+        if (int32_t(i) == slot)
+        {
+            kept.units = units;
+            kept.length = length;
+        }
+    }
+    if (!read || !record.U32(linkCount) || linkCount > record.Left() / 4)
+        return false;
+    if (kept.length == 0)
+    {
+        kept.units = defaultUnits;
+        kept.length = defaultLength;
+    }
+    return true;
+}
+} // namespace
+
 bool TextHolder::ReadEntriesCompact(Archive& archive)
 {
     uint32_t count = 0;
@@ -452,11 +573,54 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
     const size_t share = archive.TotalBytes() / 2 / size_t(std::max(names.Count() + 1, 1));
     if (!ReservePool(std::min<size_t>(archive.TotalBytes() / 2, share + share / 4) + 1))
         return false;
-    if (archive.WideTexts() && !archive.IsAlternativeFormat())
+    if (!archive.WideTexts() || archive.IsAlternativeFormat())
     {
+        TextEntry entry;
+        entry.KeepOnlyText(languageSlot);
         for (uint32_t i = 0; i < count; ++i)
         {
-            if (!ReadCompactEntry(archive))
+            bool present = false;
+            if (!archive.ReadInto(entry, present))
+                return false;
+            if (present && !AddToTable(entry.Number(), entry.TextFor(languageSlot)))
+                return false;
+        }
+        return true;
+    }
+
+    // Wide records are read straight from the archive's bytes: as many as
+    // are whole in memory at a time, then the archive reads the next one in.
+    for (uint32_t i = 0; i < count;)
+    {
+        size_t available = 0;
+        const char* bytes = archive.Held(available);
+        const size_t remaining = archive.Remaining();
+        size_t used = 0;
+        for (; i < count && available - used >= Archive::RecordHeaderSize; ++i)
+        {
+            const char* header = bytes + used;
+            uint32_t tag, size;
+            std::memcpy(&tag, header, 4);
+            std::memcpy(&size, header + 4, 4);
+            if (size > remaining - used - Archive::RecordHeaderSize || (tag == 0 && size != 0) ||
+                (tag != 0 && tag != TextEntry::Tag))
+            {
+                archive.Fail();
+                return false;
+            }
+            if (size > available - used - Archive::RecordHeaderSize)
+                break; // not whole in memory yet
+            used += Archive::RecordHeaderSize + size;
+            if (tag == 0)
+                continue; // no object
+            const char* body = header + Archive::RecordHeaderSize;
+            KeptText kept;
+            if (!ReadEntryRecord(body, size, languageSlot, kept))
+            {
+                archive.Fail();
+                return false;
+            }
+            if (!AddToTable(kept.number, kept.units, kept.length))
                 return false;
             // Before the pool fills up: room for all texts, as many as the
             // texts so far let expect (rather than twice what there is).
@@ -464,145 +628,20 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
                 !ReservePool(size_t(double(poolSize) / (i + 1) * count * 1.1) + 64))
                 return false;
         }
-        return true;
-    }
-    TextEntry entry;
-    entry.KeepOnlyText(languageSlot);
-    for (uint32_t i = 0; i < count; ++i)
-    {
-        bool present = false;
-        if (!archive.ReadInto(entry, present))
-            return false;
-        if (present && !AddToTable(entry.Number(), entry.TextFor(languageSlot)))
-            return false;
-    }
-    return true;
-}
-
-namespace
-{
-// Reads the parts of one record held in memory, each bounded by the end of
-// the part that encloses it, as the archive's own reads are.
-class RecordBytes
-{
-public:
-    RecordBytes(const char* bytes, size_t size) : at(bytes), end(size) {}
-
-    size_t Place() const { return place; }
-    // The first bound that a read may not pass (the record's, or a block's).
-    size_t limit = 0;
-
-    bool U32(uint32_t& value)
-    {
-        if (limit - place < 4)
-            return false;
-        std::memcpy(&value, at + place, 4);
-        place += 4;
-        return true;
-    }
-    bool Pass(size_t bytes)
-    {
-        if (limit - place < bytes)
-            return false;
-        place += bytes;
-        return true;
-    }
-    // A block boundary: closes the open block (reading goes on at its end)
-    // and opens the next one, which may run to the end of the record.
-    bool Boundary()
-    {
-        if (blockOpen)
-            place = limit;
-        limit = end;
-        uint32_t size;
-        if (!U32(size) || size > end - place)
-            return false;
-        limit = place + size;
-        blockOpen = true;
-        return true;
-    }
-    // A wide text: where its units start and how many there are (without
-    // the terminator); the empty text for a count of 0.
-    bool Text(size_t& start, size_t& units)
-    {
-        uint32_t count;
-        if (!U32(count))
-            return false;
-        start = place;
-        units = 0;
-        if (count == 0)
-            return true;
-        if (count > (limit - place) / 2 || count - 1 > uint32_t(INT32_MAX - 1) ||
-            !Archive::IsWideText(at + place, count) || count - 1 > uint32_t(Archive::MaxTextUnits))
-            return false;
-        units = count - 1;
-        place += size_t(count) * 2;
-        return true;
-    }
-    const char* Bytes(size_t offset) const { return at + offset; }
-
-private:
-    const char* at;
-    size_t end;
-    size_t place = 0;
-    bool blockOpen = false;
-};
-} // namespace
-
-bool TextHolder::ReadCompactEntry(Archive& archive)
-{
-    // The record header: class tag and size.
-    const char* header = archive.Peek(Archive::RecordHeaderSize);
-    if (!header)
-        return false;
-    uint32_t tag, size;
-    std::memcpy(&tag, header, 4);
-    std::memcpy(&size, header + 4, 4);
-    if (size > archive.Remaining() - Archive::RecordHeaderSize || (tag == 0 && size != 0) ||
-        (tag != 0 && tag != TextEntry::Tag))
-    {
-        archive.Fail();
-        return false;
-    }
-    if (tag == 0)
-    {
-        archive.Skip(Archive::RecordHeaderSize); // no object
-        return true;
-    }
-
-    // The record's fields in TextEntry's order: default text, note, extra;
-    // block: number, category, data, attributes; block: the language texts
-    // and the linked numbers.
-    const char* bytes = archive.Peek(Archive::RecordHeaderSize + size);
-    if (!bytes)
-        return false;
-    RecordBytes record(bytes + Archive::RecordHeaderSize, size);
-    record.limit = size;
-    size_t defaultStart, defaultUnits, start, units, keptStart = 0, keptUnits = 0;
-    uint32_t number, textCount, linkCount;
-    bool read = record.Text(defaultStart, defaultUnits) && record.Text(start, units) &&
-                record.Text(start, units) && record.Boundary() && record.U32(number) &&
-                record.Pass(4 + 8 + 4) && record.Boundary() && record.U32(textCount) &&
-                textCount <= (record.limit - record.Place()) / Archive::MinTextSize;
-    for (uint32_t i = 0; read && i < textCount; ++i)
-    {
-        read = record.Text(start, units);
-        if (int32_t(i) == languageSlot)
+        archive.Skip(used);
+        if (i == count)
+            break;
+        // The next record reaches past the bytes in memory: read it in whole.
+        const char* header = archive.Peek(Archive::RecordHeaderSize);
+        uint32_t size = 0;
+        if (header)
+            std::memcpy(&size, header + 4, 4);
+        if (!header || size > archive.Remaining() - Archive::RecordHeaderSize ||
+            !archive.Peek(Archive::RecordHeaderSize + size))
         {
-            keptStart = start;
-            keptUnits = units;
+            archive.Fail();
+            return false;
         }
     }
-    read = read && record.U32(linkCount) && linkCount <= (record.limit - record.Place()) / 4;
-    if (!read)
-    {
-        archive.Fail();
-        return false;
-    }
-    archive.Skip(Archive::RecordHeaderSize + size);
-
-    // The chosen language's text, or the default text when that is empty.
-    const char* text = bytes + Archive::RecordHeaderSize;
-    return keptUnits ? AddToTable(number, text + keptStart, keptUnits)
-                     : AddToTable(number, text + defaultStart, defaultUnits);
+    return archive.Ok();
 }

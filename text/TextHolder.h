@@ -129,12 +129,12 @@ private:
     bool ReadFrom(Archive& archive);
     bool WriteTo(Archive& archive);
     bool ReadEntriesCompact(Archive& archive);
-    // One entry record of a wide archive read straight from its bytes, with
-    // every check that reading it into a TextEntry makes.
-    bool ReadCompactEntry(Archive& archive);
     bool AddToTable(uint32_t number, const KelText& text);
     // `length` UTF-16 units from `units` (any alignment).
     bool AddToTable(uint32_t number, const void* units, size_t length);
+    // AddToTable where the pool or the index must grow first, or the number
+    // is a large one.
+    bool AddToTableGrowing(uint32_t number, const void* units, size_t length);
     // Makes room in the pool for `units` units in all.
     bool ReservePool(size_t units);
     // Sorts the table of large numbers once all are added; of equal numbers
