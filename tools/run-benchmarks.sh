@@ -11,14 +11,14 @@
 #                          in random order; the medians count (default 3)
 #   KEL_WINDOWS_BUILD      the Windows build whose EditKel.exe starts (default
 #                          build/windows; none there: the start-up row says so)
-#   KEL_STARTUP_RUNS       starts of each program after the warm-up (default 9)
+#   KEL_STARTUP_RUNS       starts of each program after the warm-up (default 15)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
 shift || true
 repetitions=${KEL_BENCH_REPETITIONS:-3}
 windows=${KEL_WINDOWS_BUILD:-build/windows}
-runs=${KEL_STARTUP_RUNS:-9}
+runs=${KEL_STARTUP_RUNS:-15}
 
 summary=$(mktemp)
 trap 'rm -f "$summary"' EXIT

@@ -4,17 +4,24 @@
 # build (<bench-build>/startup-wine), a virtual display (Xvfb) and one wine
 # server for all starts. Prints the medians, their ratio and a summary row.
 #   bench/startup/run-startup.sh <windows-build-dir> <bench-build-dir> [runs]
-# The Windows build must hold bin/EditKel.exe and bin/diction.ary; the bench
+# The Windows build must hold bin/EditKel.exe and bin/diction.ary (or its
+# release folder installer/EditKel-<version>-x64/, used first); the bench
 # build makes MinimalDialog.exe, EditKelLibraries.exe and StartupBench.exe
 # (bench/startup.cmake).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 windows=$(cd "$1" 2>/dev/null && pwd || echo "$1")
 bench=$(cd "$2" && pwd)
-runs=${3:-9}
+runs=${3:-15}
 what="start-up under Wine: EditKel to the picker / minimal dialog with EditKel's manifest"
 
 editor="$windows/bin/EditKel.exe"
+# The program as it ships (the release folder's, without debugging
+# information) when the build made one: that is the program users start.
+for shipped in "$windows"/installer/EditKel-*-x64/EditKel.exe; do
+    [ -f "$shipped" ] && editor=$shipped
+done
+echo "EditKel: $editor"
 programs="$bench/bench/startup"
 if [ ! -f "$editor" ] || [ ! -f "$programs/StartupBench.exe" ]; then
     echo "start-up benchmark: needs $editor and $programs/StartupBench.exe" >&2
