@@ -23,8 +23,12 @@ uint32_t NarrowCodePage(uint32_t flags)
     return (flags & Archive::NarrowUtf8) ? CodePage::Utf8 : CodePage::Ansi;
 }
 
-// A file is read in pieces of this size (more when one read needs more).
-constexpr size_t kWindowBytes = 128 * 1024;
+// A file is read in pieces of this size (more when one read needs more):
+// large enough that the calls into the system cost little beside copying the
+// bytes (in pieces of 128 KB, a one-language load of a large dictionary took
+// 1.4 times its floor, in pieces of 1 MB 1.0 times), small enough that a load
+// holds only a part of a large file at a time.
+constexpr size_t kWindowBytes = 1024 * 1024;
 } // namespace
 
 Archive::Archive() = default;
