@@ -13,3 +13,6 @@ kel_add_test(win_deploy
     TIMEOUT 300)
 # The editor's dialog (its templates and pages) for the history of its saves.
 kel_app_resources(win_deploy)
+# The configuration check reads a whole dictionary.
+add_dependencies(win_deploy dictionary)
+target_compile_definitions(win_deploy PRIVATE KEL_DICTIONARY="${KEL_DICTIONARY}")
