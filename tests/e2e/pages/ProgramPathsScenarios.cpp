@@ -107,8 +107,12 @@ TEST_F(ProgramPaths, MissingFolderIsMarked)
     ASSERT_GE(backup, 0);
     EXPECT_TRUE(WaitUntil([&] { return ListImage(list, backup) == 0; }, DefaultWait));
     for (int row = 0; row < ListRowCount(list); ++row)
+    {
         if (row != backup)
+        {
             EXPECT_NE(ListImage(list, row), 0) << Utf8(ListCell(list, row, 0));
+        }
+    }
     EXPECT_EQ(ListColumnCount(list), 2);
     Screenshot(L"marked", dialog, L"paths");
     Press(Control(dialog, IDCANCEL));

@@ -91,8 +91,9 @@ TEST_F(ConfigCheckTest, OneOfEachProblemAndNoneInACleanConfiguration)
         Configuration(u"broken", u"Shopwise", paths + "[GENERAL]\r\nCOMPANY=M\xC3\xBCller\r\n");
     SetFileAttributesW(AsWide(WithBackslashes(broken + u"KEL.INI")), FILE_ATTRIBUTE_READONLY);
     // A start folder without the settings file.
-    RegistryKey(ProductKey(u"Shopwise"), RegistryKey::Access::Write)
-        .WriteString(u"StartIn", tree.Folder(u"Items"));
+    RegistryKey branch;
+    branch.Create(ProductKey(u"Shopwise"));
+    branch.WriteString(u"StartIn", tree.Folder(u"Items"));
     // A switch stored as text, a per-user switch as text, a web link as a
     // number, a link without address and one that is no URL.
     RegistryKey prompts;
@@ -141,7 +142,9 @@ TEST_F(ConfigCheckTest, OneOfEachProblemAndNoneInACleanConfiguration)
     {
         EXPECT_FALSE(finding.reason.IsEmpty());
         if (finding.problem == CheckProblem::NoAnswer)
+        {
             EXPECT_EQ(finding.reason.ToUtf8(), "not reachable (no answer in 1 s)");
+        }
         if (finding.problem == CheckProblem::WrongType &&
             finding.option.View().ends_with(u"CachePatterns"))
         {
@@ -150,6 +153,8 @@ TEST_F(ConfigCheckTest, OneOfEachProblemAndNoneInACleanConfiguration)
             EXPECT_NE(finding.reason.ToUtf8().find("REG_DWORD"), std::string::npos);
         }
         if (finding.problem == CheckProblem::Encoding)
+        {
             EXPECT_NE(finding.reason.ToUtf8().find("UTF-8 without"), std::string::npos);
+        }
     }
 }
