@@ -12,9 +12,18 @@ namespace
 std::atomic<uint32_t> limitMilliseconds{4000};
 
 // Probe threads inside the file system, with a signal for WaitUntilIdle.
-std::mutex runningGuard;
-std::condition_variable runningChanged;
-int32_t running = 0;
+// Never destroyed: a probe thread may still end while the process exits.
+struct ProbeCount
+{
+    std::mutex guard;
+    std::condition_variable changed;
+    int32_t count = 0;
+};
+ProbeCount& Probing()
+{
+    static ProbeCount* const count = new ProbeCount;
+    return *count;
+}
 
 // What a probe and its time keeper share: whoever comes first answers.
 struct ProbeState
@@ -59,19 +68,22 @@ void FolderProbes::Start(const FolderQuestion& question,
     auto state = std::make_shared<ProbeState>();
     state->done = std::move(done);
     const uint32_t limit = LimitMilliseconds();
-    FileSystem& files = GetFileSystem();
+    // Pointers, not references, go into the threads: a reference captured
+    // by reference may name this frame's reference, which is gone.
+    FileSystem* const files = &GetFileSystem();
+    ProbeCount* const probing = &Probing();
     {
-        const std::lock_guard<std::mutex> lock(runningGuard);
-        ++running;
+        const std::lock_guard<std::mutex> lock(probing->guard);
+        ++probing->count;
     }
     // The probe itself: it may hang as long as the system lets it.
     std::thread(
-        [state, &files, question]
+        [state, files, probing, question]
         {
             FolderState found = FolderState::Unreachable;
             try
             {
-                found = files.ProbeFolder(question.folder, question.needWrite);
+                found = files->ProbeFolder(question.folder, question.needWrite);
             }
             catch (...)
             {
@@ -82,11 +94,11 @@ void FolderProbes::Start(const FolderQuestion& question,
                 state->found = found;
             }
             state->finished.notify_all();
-            {
-                const std::lock_guard<std::mutex> lock(runningGuard);
-                --running;
-            }
-            runningChanged.notify_all();
+            // Told under the lock: WaitUntilIdle may return, and its
+            // caller remove the file system, as soon as the count is 0.
+            const std::lock_guard<std::mutex> lock(probing->guard);
+            --probing->count;
+            probing->changed.notify_all();
         })
         .detach();
     // The time keeper: the answer, or NoAnswer when the limit runs out first.
@@ -141,13 +153,15 @@ std::vector<FolderAnswer> FolderProbes::ProbeAll(const std::vector<FolderQuestio
 
 int32_t FolderProbes::Running()
 {
-    const std::lock_guard<std::mutex> lock(runningGuard);
-    return running;
+    ProbeCount& probing = Probing();
+    const std::lock_guard<std::mutex> lock(probing.guard);
+    return probing.count;
 }
 
 bool FolderProbes::WaitUntilIdle(uint32_t milliseconds)
 {
-    std::unique_lock<std::mutex> lock(runningGuard);
-    return runningChanged.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                                   [] { return running == 0; });
+    ProbeCount& probing = Probing();
+    std::unique_lock<std::mutex> lock(probing.guard);
+    return probing.changed.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                                    [&probing] { return probing.count == 0; });
 }
