@@ -96,8 +96,8 @@ TEST_F(ProgramPaths, MissingFolderIsMarked)
 {
     // Shopwise's default folders made in the demo, so that only Backup lacks its own.
     demo = SharedDemoCopy();
-    for (const wchar_t* folder : {L"DXF", L"Images", L"Items", L"Scripts", L"Profiles",
-                                  L"Download", L"Common", L"Textures"})
+    for (const wchar_t* folder : {L"DXF", L"Images", L"Items", L"Scripts", L"Profiles", L"Download",
+                                  L"Common", L"Textures"})
         fs::create_directories(demo / folder);
     RegisterConfiguration(L"Shopwise", L"Demo", demo);
     TargetProcess editor = StartEditKel(L"-app=Shopwise");
