@@ -50,7 +50,7 @@ int32_t ListView::InsertRow(int32_t index, const KelText& text, LPARAM data, int
     item.iItem = index < 0 || index > RowCount() ? RowCount() : index;
     item.pszText = const_cast<wchar_t*>(AsWide(text));
     item.lParam = data;
-    if (image >= 0)
+    if (image >= 0 || image == I_IMAGENONE)
     {
         item.mask |= LVIF_IMAGE;
         item.iImage = image;

@@ -26,7 +26,8 @@ public:
     void SetColumnWidth(int32_t column, int32_t width);
 
     // --- rows ----------------------------------------------------------------
-    // Appends a row: text of column 0, item data, image index (-1: none).
+    // Appends a row: text of column 0, item data, image index (-1: none;
+    // I_IMAGENONE: none, with the image's place kept free).
     // Answers its index, -1 on failure.
     int32_t AddRow(const KelText& text, LPARAM data = 0, int32_t image = -1);
     // Inserts a row before `index` (at the end when out of range).

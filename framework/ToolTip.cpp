@@ -49,6 +49,51 @@ bool ToolTip::SetToolText(const Window& control, const KelText& text)
     return Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool)) != 0;
 }
 
+bool ToolTip::SetAreaText(const Window& owner, UINT_PTR id, const RECT& rect, const KelText& text)
+{
+    if (!owner.Handle() || !Make())
+        return false;
+    TTTOOLINFOW tool = {};
+    tool.cbSize = kToolInfoSize;
+    tool.uFlags = TTF_SUBCLASS;
+    tool.hwnd = owner.Handle();
+    tool.uId = id;
+    tool.rect = rect;
+    Send(TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    if (text.IsEmpty())
+        return true;
+    tool.lpszText = const_cast<wchar_t*>(AsWide(text));
+    return Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool)) != 0;
+}
+
+void ToolTip::MoveArea(const Window& owner, UINT_PTR id, const RECT& rect)
+{
+    if (!Handle() || !owner.Handle())
+        return;
+    TTTOOLINFOW tool = {};
+    tool.cbSize = kToolInfoSize;
+    tool.hwnd = owner.Handle();
+    tool.uId = id;
+    tool.rect = rect;
+    Send(TTM_NEWTOOLRECTW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+KelText ToolTip::AreaText(const Window& owner, UINT_PTR id) const
+{
+    if (!Handle() || !owner.Handle())
+        return KelText();
+    wchar_t buffer[1024] = {};
+    TTTOOLINFOW tool = {};
+    tool.cbSize = kToolInfoSize;
+    tool.hwnd = owner.Handle();
+    tool.uId = id;
+    tool.lpszText = buffer;
+    if (!Send(TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool)))
+        return KelText();
+    Send(TTM_GETTEXTW, 1024, reinterpret_cast<LPARAM>(&tool));
+    return FromWide(buffer);
+}
+
 KelText ToolTip::ToolText(const Window& control) const
 {
     if (!Handle() || !control.Handle())

@@ -17,6 +17,13 @@ public:
     // text of the same control. An empty text removes the tip.
     bool SetToolText(const Window& control, const KelText& text);
     KelText ToolText(const Window& control) const;
+    // A tip for a part of `owner`: shown while the mouse rests within `rect`
+    // (client coordinates of `owner`); `id` tells the parts of one owner
+    // apart. An empty text removes the tip.
+    bool SetAreaText(const Window& owner, UINT_PTR id, const RECT& rect, const KelText& text);
+    // Moves the area of a tip that exists.
+    void MoveArea(const Window& owner, UINT_PTR id, const RECT& rect);
+    KelText AreaText(const Window& owner, UINT_PTR id) const;
     // The tool-tip window is gone with its page.
     void Detach() { SetHandle(nullptr); }
 

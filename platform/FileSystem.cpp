@@ -1,5 +1,7 @@
 #include "platform/FileSystem.h"
 
+#include "platform/FolderProbes.h"
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -63,6 +65,14 @@ size_t MemoryReader::Read(void* into, size_t size)
     std::memcpy(into, bytes.data() + at, count);
     at += count;
     return count;
+}
+
+FolderState FileSystem::ProbeFolder(PathRef folder, bool)
+{
+    const FileState state = Query(folder);
+    if (!state.exists)
+        return FolderState::Missing;
+    return state.folder ? FolderState::Fine : FolderState::NotFolder;
 }
 
 std::unique_ptr<FileReader> FileSystem::OpenReader(PathRef path)
@@ -258,6 +268,9 @@ FileSystem& GetFileSystem()
 
 FileSystem* SetFileSystem(FileSystem* fileSystem)
 {
+    // Probes still running inside the file system being replaced (a test's,
+    // which goes next) finish first.
+    FolderProbes::WaitUntilIdle(10000);
     FileSystem* previous = installed ? installed : &GetPlatformFileSystem();
     installed = fileSystem;
     return previous;

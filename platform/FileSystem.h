@@ -70,6 +70,18 @@ struct FileState
     bool readOnly = false;
 };
 
+// What a folder probe found (see FileSystem::ProbeFolder).
+enum class FolderState
+{
+    Fine,
+    Missing,     // no file or folder of that name
+    NotFolder,   // a file, not a folder
+    NotReadable, // the folder's entries cannot be listed by this user
+    NotWritable, // this user cannot make a file in it (asked only when writing is needed)
+    Unreachable, // its drive or network share does not answer as there
+    NoAnswer,    // the probe did not finish within its time limit (see FolderProbes)
+};
+
 class FileSystem;
 
 // The update lock of one file, held while the object lives (see
@@ -124,6 +136,11 @@ public:
     virtual bool ReadBytes(PathRef path, std::string& bytes) = 0;
     // Whether a file or folder of that name exists.
     virtual bool Exists(PathRef path) { return Query(path).exists; }
+    // Whether `folder` is there and usable by this user: a folder, its
+    // entries readable, and with `needWrite` a new file can be made in it.
+    // May take long on a network share that does not answer: callers that
+    // must not wait use FolderProbes. Base: from Query alone.
+    virtual FolderState ProbeFolder(PathRef folder, bool needWrite);
     // The file opened for reading piece by piece; null when it cannot be
     // opened. Unless an implementation reads from the file itself, the whole
     // file is read with ReadBytes and handed out from memory.
@@ -201,6 +218,7 @@ std::u16string LockPathFor(std::u16string_view target);
 // The installed file system (the platform's unless a test installed another).
 FileSystem& GetFileSystem();
 // Installs `fileSystem` (null: the platform's) and answers the previous one.
+// Waits first (up to 10 seconds) for folder probes still inside a file system.
 FileSystem* SetFileSystem(FileSystem* fileSystem);
 // The platform's own implementation.
 FileSystem& GetPlatformFileSystem();

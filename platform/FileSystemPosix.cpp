@@ -138,6 +138,21 @@ public:
         return state;
     }
 
+    FolderState ProbeFolder(PathRef folder, bool needWrite) override
+    {
+        struct stat info;
+        const std::string utf8 = folder.ToUtf8();
+        if (folder.IsEmpty() || ::stat(utf8.c_str(), &info) != 0)
+            return errno == EACCES ? FolderState::NotReadable : FolderState::Missing;
+        if (!S_ISDIR(info.st_mode))
+            return FolderState::NotFolder;
+        if (::access(utf8.c_str(), R_OK | X_OK) != 0)
+            return FolderState::NotReadable;
+        if (needWrite && ::access(utf8.c_str(), W_OK | X_OK) != 0)
+            return FolderState::NotWritable;
+        return FolderState::Fine;
+    }
+
     std::u16string FinalPath(PathRef path) override
     {
         const std::string utf8 = path.ToUtf8();

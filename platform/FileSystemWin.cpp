@@ -3,6 +3,7 @@
 #include <aclapi.h>
 
 #include <memory>
+#include <string>
 
 #include "platform/FileSystem.h"
 
@@ -130,6 +131,73 @@ void CarryOver(PathRef target, PathRef temporary)
     }
 }
 
+// Errors that mean the drive or share itself does not answer.
+bool IsUnreachable(DWORD error)
+{
+    switch (error)
+    {
+    case ERROR_BAD_NETPATH:
+    case ERROR_BAD_NET_NAME:
+    case ERROR_NETNAME_DELETED:
+    case ERROR_NETWORK_UNREACHABLE:
+    case ERROR_HOST_UNREACHABLE:
+    case ERROR_BAD_NET_RESP:
+    case ERROR_UNEXP_NET_ERR:
+    case ERROR_REM_NOT_LIST:
+    case ERROR_DEV_NOT_EXIST:
+    case ERROR_SEM_TIMEOUT:
+    case ERROR_NOT_READY:
+    case ERROR_INVALID_DRIVE:
+    case ERROR_NO_NET_OR_BAD_PATH:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The root of a path: "X:\" or "\\server\share\"; empty for a relative path.
+std::wstring RootOf(const std::wstring& path)
+{
+    if (path.size() >= 2 && path[1] == L':')
+        return path.substr(0, 2) + L"\\";
+    if (path.rfind(L"\\\\", 0) == 0)
+    {
+        size_t end = path.find(L'\\', 2);
+        if (end != std::wstring::npos)
+            end = path.find(L'\\', end + 1);
+        return end == std::wstring::npos ? path + L"\\" : path.substr(0, end + 1);
+    }
+    return std::wstring();
+}
+
+// Whether the drive or share that holds `path` is there.
+bool RootReachable(const std::wstring& path)
+{
+    const std::wstring root = RootOf(path);
+    if (root.empty())
+        return true;
+    if (root.size() == 3 && GetDriveTypeW(root.c_str()) == DRIVE_NO_ROOT_DIR)
+        return false;
+    return GetFileAttributesW(root.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Critical-error boxes off for this thread while the object lives: a drive
+// without a medium answers "not there" rather than asking the user.
+class QuietErrors
+{
+public:
+    QuietErrors()
+    {
+        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous);
+    }
+    ~QuietErrors() { SetThreadErrorMode(previous, nullptr); }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+
+private:
+    DWORD previous = 0;
+};
+
 class WindowsFileSystem final : public FileSystem
 {
 public:
@@ -182,6 +250,61 @@ public:
         state.folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         state.readOnly = !state.folder && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
         return state;
+    }
+
+    FolderState ProbeFolder(PathRef folder, bool needWrite) override
+    {
+        std::wstring path(Wide(folder));
+        for (wchar_t& unit : path)
+            if (unit == L'/')
+                unit = L'\\';
+        while (path.size() > 1 && path.back() == L'\\' && path != RootOf(path))
+            path.pop_back();
+        if (path.empty())
+            return FolderState::Missing;
+        const QuietErrors quiet;
+        const DWORD attributes = GetFileAttributesW(path.c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES)
+        {
+            const DWORD error = GetLastError();
+            if (error == ERROR_ACCESS_DENIED)
+                return FolderState::NotReadable;
+            if (IsUnreachable(error) || !RootReachable(path))
+                return FolderState::Unreachable;
+            return FolderState::Missing;
+        }
+        if (!(attributes & FILE_ATTRIBUTE_DIRECTORY))
+            return FolderState::NotFolder;
+        const std::wstring inside = path.back() == L'\\' ? path : path + L"\\";
+        WIN32_FIND_DATAW found;
+        const HANDLE listing = FindFirstFileW((inside + L"*").c_str(), &found);
+        if (listing != INVALID_HANDLE_VALUE)
+            FindClose(listing);
+        else if (GetLastError() == ERROR_ACCESS_DENIED)
+            return FolderState::NotReadable;
+        if (needWrite)
+        {
+            // The one sure answer for this user, this share's permissions and
+            // a write-protected medium alike: make a file, which goes again
+            // when it is closed.
+            const std::wstring probe = inside + L"~kelprobe-" +
+                                       std::to_wstring(GetCurrentProcessId()) + L"-" +
+                                       std::to_wstring(GetCurrentThreadId()) + L".tmp";
+            const HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                            FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY |
+                                                FILE_FLAG_DELETE_ON_CLOSE,
+                                            nullptr);
+            if (file != INVALID_HANDLE_VALUE)
+                CloseHandle(file);
+            else
+            {
+                const DWORD error = GetLastError();
+                if (error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT ||
+                    error == ERROR_NETWORK_ACCESS_DENIED)
+                    return FolderState::NotWritable;
+            }
+        }
+        return FolderState::Fine;
     }
 
     std::u16string FinalPath(PathRef path) override

@@ -16,6 +16,7 @@ gallery=docs/gallery
 pictures=(
     "picker.png                editkel-EditKel-PlotwiseDemoOpensTheTitledDialogAndOkSaves-picker.png"
     "program-paths.png         paths-ProgramPaths-BrowsedFolderSavedWithOk-Shopwise.png"
+    "program-paths-marked.png  paths-ProgramPaths-MissingFolderIsMarked-marked.png"
     "plotwise-cad-options.png  cad-OptionPages-PlotwiseCadOptionsSavedWithOk-page.png"
     "cutwise-options.png       tyx-OptionPages-CutwiseTyxOptionsSavedWithOk-page.png"
     "web-links.png             weblinks-WebLinks-AddEditMoveDeleteThenOkAndTheSameListAfterARestart-page.png"

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "app/ConfigCheck.h"
 #include "app/LocateConfiguration.h"
 #include "app/ProductTable.h"
 #include "app/ProgramMain.h"
@@ -59,15 +60,19 @@ struct CfgCommandRow
     bool needsFile;
     bool takesDryRun;
     bool takesForce;
+    bool takesFormat;
 };
 
 const CfgCommandRow cfgCommands[] = {
-    {u"export", KelCfgRequest::Command::Export, kTextCfgUsageExport, true, false, false, false},
-    {u"import", KelCfgRequest::Command::Import, kTextCfgUsageImport, true, true, true, false},
-    {u"diff", KelCfgRequest::Command::Diff, kTextCfgUsageDiff, true, true, false, false},
-    {u"history", KelCfgRequest::Command::History, kTextCfgUsageHistory, false, false, false,
+    {u"export", KelCfgRequest::Command::Export, kTextCfgUsageExport, true, false, false, false,
      false},
-    {u"undo", KelCfgRequest::Command::Undo, kTextCfgUsageUndo, true, false, false, true},
+    {u"import", KelCfgRequest::Command::Import, kTextCfgUsageImport, true, true, true, false,
+     false},
+    {u"diff", KelCfgRequest::Command::Diff, kTextCfgUsageDiff, true, true, false, false, false},
+    {u"history", KelCfgRequest::Command::History, kTextCfgUsageHistory, false, false, false, false,
+     false},
+    {u"undo", KelCfgRequest::Command::Undo, kTextCfgUsageUndo, true, false, false, true, false},
+    {u"check", KelCfgRequest::Command::Check, kTextCfgUsageCheck, false, false, false, false, true},
 };
 
 const CfgCommandRow* FindCommand(const KelText& name)
@@ -216,6 +221,8 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest&
 
     KelText typedProduct;
     bool productGiven = false;
+    KelText format;
+    bool formatGiven = false;
     for (size_t i = 1; i < arguments.size(); ++i)
     {
         const KelText& argument = arguments[i];
@@ -231,6 +238,8 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest&
             request.dryRun = true;
         else if (argument == u"--force")
             request.force = true;
+        else if (SwitchValue(argument, u"--format=", format))
+            formatGiven = true;
         else if (LooksLikeOption(argument))
             return Wrong(console, Say(kTextCfgUnknownOption, argument));
         else if (!request.file.IsEmpty())
@@ -248,6 +257,11 @@ CfgParsed ParseKelCfgArguments(const std::vector<KelText>& given, KelCfgRequest&
         return Wrong(console, TransferMessage(kTextCfgDryRunOnlyImport));
     if (request.force && !row->takesForce)
         return Wrong(console, TransferMessage(kTextCfgForceOnlyUndo));
+    if (formatGiven && !row->takesFormat)
+        return Wrong(console, TransferMessage(kTextCfgFormatOnlyCheck));
+    if (formatGiven && !(format == u"json"))
+        return Wrong(console, Say(kTextCfgUnknownFormat, format));
+    request.json = formatGiven;
     if (!request.file.IsEmpty() && !row->takesFile)
         return Wrong(console, Say(kTextCfgTakesNoFile, first, request.file));
     if (request.file.IsEmpty() && row->needsFile)
@@ -410,9 +424,74 @@ int32_t Undo(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
 }
 } // namespace
 
+namespace
+{
+// A JSON string: quotes, backslashes, control characters and everything
+// beyond ASCII escaped, so the output reads the same in any code page.
+KelText JsonString(const KelText& text)
+{
+    KelText json(u"\"");
+    for (const char16_t unit : text.View())
+    {
+        if (unit == u'"' || unit == u'\\')
+        {
+            json += u'\\';
+            json += unit;
+        }
+        else if (unit < 0x20 || unit > 0x7E)
+            json += KelText::Formatted(u"\\u%04x", uint32_t(unit));
+        else
+            json += unit;
+    }
+    return json + u"\"";
+}
+
+// Checks the configuration: one line per problem and a summary on standard
+// output (or the same as one JSON object); 1 when there is a problem.
+int32_t Check(AppEntry& app, const KelCfgRequest& request, CfgConsole& console)
+{
+    const KelText folder = FindKelCfgConfiguration(app, request, console);
+    if (folder.IsEmpty())
+        return kCfgFailed;
+    app.SetSettingsFolder(folder);
+    const std::vector<CheckFinding> found = ConfigCheck(app, request.product, folder).Run();
+    const KelText shownFolder = WithBackslashes(folder);
+    if (request.json)
+    {
+        KelText json = u"{\r\n  \"product\": " + JsonString(request.product) +
+                       u",\r\n  \"configuration\": " + JsonString(shownFolder) +
+                       u",\r\n  \"problems\": [";
+        for (size_t i = 0; i < found.size(); ++i)
+        {
+            const CheckFinding& finding = found[i];
+            json += KelText(i ? u"," : u"") + u"\r\n    {\"area\": " +
+                    JsonString(ConfigCheck::AreaCode(finding.area)) + u", \"option\": " +
+                    JsonString(finding.option) + u", \"value\": " + JsonString(finding.value) +
+                    u", \"problem\": " + JsonString(ConfigCheck::ProblemCode(finding.problem)) +
+                    u", \"reason\": " + JsonString(finding.reason) + u"}";
+        }
+        json += found.empty() ? KelText(u"]\r\n}\r\n") : KelText(u"\r\n  ]\r\n}\r\n");
+        console.Out(json);
+    }
+    else
+    {
+        for (const CheckFinding& finding : found)
+            console.Out(Say(kTextCheckLine, finding.option, finding.value, finding.reason) +
+                        u"\r\n");
+        console.Out((found.empty() ? Say(kTextCheckNone, request.product, shownFolder)
+                                   : Say(kTextCheckFound, request.product, shownFolder,
+                                         int32_t(found.size()))) +
+                    u"\r\n");
+    }
+    return found.empty() ? kCfgDone : kCfgFailed;
+}
+} // namespace
+
 int32_t RunKelCfg(AppEntry& app, const KelCfgRequest& request, CfgConsole& console,
                   const KelText& timestamp)
 {
+    if (request.command == KelCfgRequest::Command::Check)
+        return Check(app, request, console);
     if (request.command == KelCfgRequest::Command::History)
         return ListHistory(app, request, console);
     if (request.command == KelCfgRequest::Command::Undo)

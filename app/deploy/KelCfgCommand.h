@@ -24,6 +24,7 @@ public:
 //   kelcfg diff -app=<product> [-config=<folder>] <file>
 //   kelcfg history -app=<product> [-config=<folder>]
 //   kelcfg undo -app=<product> [-config=<folder>] [<entry>] [--force]
+//   kelcfg check -app=<product> [-config=<folder>] [--format=json]
 //   kelcfg --help [<command>]      (also -h, -?, /?; also after a command)
 //   kelcfg --version
 // "/l=<language>" may come anywhere (it chooses the dictionary's language).
@@ -38,6 +39,7 @@ struct KelCfgRequest
         Diff,
         History, // lists the recorded saves
         Undo,    // puts back the state before a recorded save
+        Check,   // tells what is wrong with the configuration
     };
     Command command = Command::Export;
     KelText product; // canonical spelling
@@ -46,6 +48,7 @@ struct KelCfgRequest
     bool dryRun = false;
     KelText entry;      // undo: the recorded save to undo (empty: the newest)
     bool force = false; // undo: also over a save that is not in the history
+    bool json = false;  // check: the problems as JSON (--format=json)
 };
 
 // kelcfg's exit codes.

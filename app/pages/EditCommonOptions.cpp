@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "app/ConfigCheck.h"
 #include "app/pages/PageIds.h"
 #include "framework/AppEntry.h"
 #include "framework/BitmapButton.h"
@@ -180,7 +181,10 @@ EditCommonOptions::EditCommonOptions(Window* owner, const KelText& product,
     SetTitle(KelText(DictText(kTextCommonOptionsTitle)));
 }
 
-EditCommonOptions::~EditCommonOptions() = default;
+EditCommonOptions::~EditCommonOptions()
+{
+    probes.Close();
+}
 
 int32_t EditCommonOptions::InitPage()
 {
@@ -190,6 +194,11 @@ int32_t EditCommonOptions::InitPage()
     AddControl<EditBox>(kCommonStartFolder, &values.startFolder);
     AddControl<BitmapButton>(kCommonBrowse, kBrowseImage, [this] { Browse(); });
     startFolderGroup.Link(useStartFolder, {kCommonStartFolder, kCommonBrowse});
+    // The warning mark in the margin left of the folder box, hidden until a
+    // probe finds a problem.
+    mark = &AddControl<Control>(kCommonStartFolderMark, L"Static", KelText(),
+                                SS_ICON | SS_CENTERIMAGE | SS_NOTIFY, RECT{3, 33, 14, 45});
+    mark->Send(STM_SETICON, reinterpret_cast<WPARAM>(SmallWarningIcon()));
 
     ComboBox& languages = AddControl<ComboBox>(kCommonLanguage, &values.language);
     const TextHolder& dictionary = TextHolder::Instance();
@@ -222,7 +231,74 @@ int32_t EditCommonOptions::InitPage()
     // Automatic login can be switched off here but never on.
     if (values.autoLogin == 0)
         EnableControl(kCommonAutoLogin, false);
+    probes.Open(Handle());
+    ProbeStartFolder();
     return 0;
+}
+
+void EditCommonOptions::ProbeStartFolder()
+{
+    const Control* box = FindControl(kCommonStartFolder);
+    const KelText folder = box ? box->Text() : KelText();
+    if (folder.IsEmpty() || folder.SameAs(probedFolder))
+    {
+        UpdateMark();
+        return;
+    }
+    probedFolder = folder;
+    probes.Ask(0, folder, false);
+}
+
+void EditCommonOptions::UpdateMark()
+{
+    const Control* box = FindControl(kCommonStartFolder);
+    const bool shown = mark && box && IsControlChecked(kCommonUseStartFolder) && !tip.IsEmpty() &&
+                       box->Text().SameAs(answeredFolder);
+    if (!mark)
+        return;
+    mark->SetVisible(shown);
+    ToolTips().SetToolText(*mark, shown ? tip : KelText());
+    ToolTips().SetToolText(*box, shown ? tip : KelText());
+}
+
+KelText EditCommonOptions::StartFolderTip() const
+{
+    return mark && mark->IsVisible() ? tip : KelText();
+}
+
+bool EditCommonOptions::OnCommand(int32_t id, int32_t code, HWND control)
+{
+    const bool handled = PropertyPage::OnCommand(id, code, control);
+    if (id == kCommonStartFolder && code == EN_KILLFOCUS)
+        ProbeStartFolder();
+    else if (id == kCommonStartFolder && code == EN_CHANGE)
+        UpdateMark();
+    else if (id == kCommonUseStartFolder && code == BN_CLICKED)
+        ProbeStartFolder();
+    return handled;
+}
+
+INT_PTR EditCommonOptions::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == ProbeInbox::kAnswerMessage)
+    {
+        for (const ProbeInbox::Answer& answer : probes.Take())
+            if (answer.folder.SameAs(probedFolder))
+            {
+                answeredFolder = answer.folder;
+                tip = ConfigCheck::FolderTip(answer.answer);
+            }
+        UpdateMark();
+        return TRUE;
+    }
+    return PropertyPage::DialogProc(message, wParam, lParam);
+}
+
+void EditCommonOptions::OnHandleDestroyed()
+{
+    probes.Close();
+    mark = nullptr;
+    PropertyPage::OnHandleDestroyed();
 }
 
 int32_t EditCommonOptions::ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags)
@@ -234,6 +310,7 @@ int32_t EditCommonOptions::ApplyPage(int32_t pageIndex, int32_t reason, int32_t 
 
 void EditCommonOptions::Browse()
 {
-    BrowseForEditFolder(kCommonStartFolder, values.startFolder,
-                        KelText(DictText(kTextStartFolderTitle)));
+    if (BrowseForEditFolder(kCommonStartFolder, values.startFolder,
+                            KelText(DictText(kTextStartFolderTitle))))
+        ProbeStartFolder();
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "app/pages/FolderMarks.h"
 #include "framework/EnableGroup.h"
 #include "framework/FieldTable.h"
 #include "framework/PageReport.h"
@@ -65,7 +66,10 @@ private:
     KelText autoLoginText;
 };
 
-// The common options page (template 504), shown for every product.
+// The common options page (template 504), shown for every product. The start
+// folder is probed in the background when the page is made, when a folder is
+// chosen and when the box is left after a change; a folder with a problem
+// gets the warning mark left of the box and the reason as its tool tip.
 class EditCommonOptions : public PropertyPage
 {
 public:
@@ -76,10 +80,26 @@ public:
     int32_t ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags) override;
 
     CommonOptionsValues& Values() { return values; }
+    // The start folder's tip while its mark shows; empty otherwise.
+    KelText StartFolderTip() const;
+
+protected:
+    bool OnCommand(int32_t id, int32_t code, HWND control) override;
+    INT_PTR DialogProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void OnHandleDestroyed() override;
 
 private:
     void Browse();
+    // Probes the folder in the box unless that one was probed last.
+    void ProbeStartFolder();
+    // Shows the mark and the tips as the last answer and the box say.
+    void UpdateMark();
 
     CommonOptionsValues values;
     EnableGroup startFolderGroup;
+    ProbeInbox probes;
+    Control* mark = nullptr;
+    KelText probedFolder; // the folder of the last probe asked for
+    KelText answeredFolder;
+    KelText tip; // the reason for answeredFolder; empty when it is fine
 };

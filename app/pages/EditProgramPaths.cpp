@@ -2,6 +2,7 @@
 
 #include <commctrl.h>
 
+#include "app/ConfigCheck.h"
 #include "app/SettingsContext.h"
 #include "app/pages/PageIds.h"
 #include "app/pages/ProgramPathsReport.h"
@@ -22,7 +23,10 @@ EditProgramPaths::EditProgramPaths(Window* owner)
 {
 }
 
-EditProgramPaths::~EditProgramPaths() = default;
+EditProgramPaths::~EditProgramPaths()
+{
+    probes.Close();
+}
 
 ListView* EditProgramPaths::PathList() const
 {
@@ -38,13 +42,25 @@ int32_t EditProgramPaths::InitPage()
     ListView& list = AddControl<ListView>(kPathList);
     list.AddColumn(DictText(kTextPathKind));
     list.AddColumn(DictText(kTextFolder));
+    // The warning mark of a row with a problem (the list owns the image list).
+    const int32_t iconWidth = GetSystemMetrics(SM_CXSMICON);
+    const int32_t iconHeight = GetSystemMetrics(SM_CYSMICON);
+    if (HIMAGELIST marks = ImageList_Create(iconWidth, iconHeight, ILC_COLOR32 | ILC_MASK, 1, 0))
+    {
+        ImageList_AddIcon(marks, SmallWarningIcon());
+        list.Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(marks));
+    }
     for (int32_t i = 0; i < kinds.Count(); ++i)
     {
         const int32_t kind = kinds.At(i);
-        const int32_t row = list.AddRow(SettingsContext::KindName(kind), LPARAM(kind));
+        const int32_t row = list.AddRow(SettingsContext::KindName(kind), LPARAM(kind), I_IMAGENONE);
         if (row >= 0)
             list.SetItemText(row, 1, store.PathOf(kind));
     }
+    tips.assign(size_t(list.RowCount()), KelText());
+    probes.Open(Handle());
+    for (int32_t row = 0; row < list.RowCount(); ++row)
+        ProbeRow(row);
     if (list.RowCount() > 0)
         list.SelectOnly(0);
     list.OnSelectionChanged([this] { UpdateBrowseButton(); });
@@ -108,6 +124,93 @@ void EditProgramPaths::Browse()
     store.SetPath(kind, chosen);
     // The row shows what the store keeps, not the raw choice.
     list->SetItemText(row, 1, store.PathOf(kind));
+    ProbeRow(row);
+}
+
+void EditProgramPaths::ProbeRow(int32_t row)
+{
+    if (const ListView* list = PathList())
+        probes.Ask(row, list->ItemText(row, 1),
+                   ConfigCheck::NeedsWriting(int32_t(list->ItemData(row))));
+}
+
+void EditProgramPaths::TakeAnswers()
+{
+    ListView* list = PathList();
+    for (const ProbeInbox::Answer& answer : probes.Take())
+    {
+        const int32_t row = answer.tag;
+        // An answer for a folder the row no longer shows is out of date.
+        if (!list || row < 0 || row >= list->RowCount() || size_t(row) >= tips.size() ||
+            !list->ItemText(row, 1).SameAs(answer.folder))
+            continue;
+        tips[size_t(row)] = ConfigCheck::FolderTip(answer.answer);
+        LVITEMW item = {};
+        item.mask = LVIF_IMAGE;
+        item.iItem = row;
+        item.iImage = tips[size_t(row)].IsEmpty() ? I_IMAGENONE : 0;
+        list->Send(LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        RECT bounds = {LVIR_BOUNDS, 0, 0, 0};
+        list->Send(LVM_GETITEMRECT, WPARAM(row), reinterpret_cast<LPARAM>(&bounds));
+        ToolTips().SetAreaText(*list, UINT_PTR(row) + 1, bounds, tips[size_t(row)]);
+    }
+}
+
+void EditProgramPaths::PlaceTips()
+{
+    const ListView* list = PathList();
+    for (size_t row = 0; list && row < tips.size(); ++row)
+        if (!tips[row].IsEmpty())
+        {
+            RECT bounds = {LVIR_BOUNDS, 0, 0, 0};
+            list->Send(LVM_GETITEMRECT, WPARAM(row), reinterpret_cast<LPARAM>(&bounds));
+            ToolTips().MoveArea(*list, UINT_PTR(row) + 1, bounds);
+        }
+}
+
+bool EditProgramPaths::IsRowMarked(int32_t row) const
+{
+    const ListView* list = PathList();
+    if (!list || row < 0 || row >= list->RowCount())
+        return false;
+    LVITEMW item = {};
+    item.mask = LVIF_IMAGE;
+    item.iItem = row;
+    list->Send(LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    return item.iImage == 0;
+}
+
+KelText EditProgramPaths::RowTip(int32_t row)
+{
+    const ListView* list = PathList();
+    if (!list || row < 0)
+        return KelText();
+    return ToolTips().AreaText(*list, UINT_PTR(row) + 1);
+}
+
+INT_PTR EditProgramPaths::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == ProbeInbox::kAnswerMessage)
+    {
+        TakeAnswers();
+        return TRUE;
+    }
+    return PropertyPage::DialogProc(message, wParam, lParam);
+}
+
+bool EditProgramPaths::OnNotify(NMHDR& header, LRESULT& result)
+{
+    // Each time the list paints, its rows may have moved (scrolled, resized).
+    if (header.idFrom == UINT_PTR(kPathList) && header.code == UINT(NM_CUSTOMDRAW) &&
+        reinterpret_cast<NMCUSTOMDRAW&>(header).dwDrawStage == CDDS_PREPAINT)
+        PlaceTips();
+    return PropertyPage::OnNotify(header, result);
+}
+
+void EditProgramPaths::OnHandleDestroyed()
+{
+    probes.Close();
+    PropertyPage::OnHandleDestroyed();
 }
 
 int32_t EditProgramPaths::ApplyPage(int32_t pageIndex, int32_t reason, int32_t flags)

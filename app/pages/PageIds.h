@@ -26,6 +26,8 @@
 #define kCommonCachePatterns 834
 #define kCommonFancyToolbars 835
 #define kCommonRegionalCsv 839
+// The warning mark beside the start folder (made by the page, not in the template).
+#define kCommonStartFolderMark 841
 
 // --- CAD options (503) --------------------------------------------------------------
 #define kCadUseIcons 823

@@ -74,6 +74,17 @@ std::wstring ListCell(HWND list, int row, int column)
     return ReadText(memory, Block::TextOffset);
 }
 
+int ListImage(HWND list, int row)
+{
+    RemoteMemory memory(list, sizeof(LVITEMW));
+    LVITEMW item{};
+    item.mask = LVIF_IMAGE;
+    item.iItem = row;
+    memory.Put(item);
+    Send(list, LVM_GETITEMW, 0, memory.Param());
+    return memory.Get<LVITEMW>().iImage;
+}
+
 std::vector<std::wstring> ListRow(HWND list, int row)
 {
     CheckRow(list, row);

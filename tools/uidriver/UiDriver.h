@@ -161,6 +161,8 @@ void PressKey(HWND window, UINT virtualKey, unsigned modifiers = NoModifier,
 int ListRowCount(HWND list);
 int ListColumnCount(HWND list);
 std::wstring ListCell(HWND list, int row, int column);
+// The image index of a row's first column (I_IMAGENONE or -1: none).
+int ListImage(HWND list, int row);
 std::vector<std::wstring> ListRow(HWND list, int row);
 std::vector<std::vector<std::wstring>> ListRows(HWND list);
 // The row whose first column is `text`, -1 when none.

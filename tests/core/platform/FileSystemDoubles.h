@@ -2,12 +2,17 @@
 // File systems that tests install over another one (the platform's unless
 // given): one that passes every step through, for tests to override single
 // steps, and one that stops the world after a chosen step of a write.
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <map>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "platform/FileSystem.h"
+#include "platform/FolderProbes.h"
 
 class PassThroughFiles : public FileSystem
 {
@@ -26,6 +31,10 @@ public:
     }
     std::unique_ptr<FileReader> OpenReader(PathRef path) override { return inner.OpenReader(path); }
     FileState Query(PathRef path) override { return inner.Query(path); }
+    FolderState ProbeFolder(PathRef folder, bool needWrite) override
+    {
+        return inner.ProbeFolder(folder, needWrite);
+    }
     std::u16string FinalPath(PathRef path) override { return inner.FinalPath(path); }
     Step WriteNew(PathRef temporary, const void* data, size_t size) override
     {
@@ -51,6 +60,77 @@ protected:
 
 private:
     FileSystem* previous;
+};
+
+// Folder probes with answers of the test's choosing: a folder given an answer
+// gets it; a folder set to hang keeps its probe waiting, as a server that does
+// not answer does, until Release or `hangLimit` (then it answers
+// Unreachable). Other folders are probed by the inner file system. Remove it
+// only after FolderProbes::WaitUntilIdle.
+class ProbingFiles : public PassThroughFiles
+{
+public:
+    using PassThroughFiles::PassThroughFiles;
+    // Lets hanging probes go and waits until none is inside.
+    ~ProbingFiles() override
+    {
+        Release();
+        FolderProbes::WaitUntilIdle(30000);
+    }
+
+    void Answer(const std::u16string& folder, FolderState state)
+    {
+        const std::lock_guard<std::mutex> lock(guard);
+        answers[folder] = state;
+    }
+    void Hang(const std::u16string& folder, std::chrono::milliseconds limit)
+    {
+        const std::lock_guard<std::mutex> lock(guard);
+        hanging.insert(folder);
+        hangLimit = limit;
+    }
+    // Lets every hanging probe answer now.
+    void Release()
+    {
+        {
+            const std::lock_guard<std::mutex> lock(guard);
+            released = true;
+        }
+        changed.notify_all();
+    }
+    // How many probes are hanging at this moment.
+    int Hanging()
+    {
+        const std::lock_guard<std::mutex> lock(guard);
+        return hangingNow;
+    }
+
+    FolderState ProbeFolder(PathRef folder, bool needWrite) override
+    {
+        const std::u16string name(folder.View());
+        std::unique_lock<std::mutex> lock(guard);
+        if (hanging.count(name))
+        {
+            ++hangingNow;
+            changed.wait_for(lock, hangLimit, [this] { return released; });
+            --hangingNow;
+            return FolderState::Unreachable;
+        }
+        const auto found = answers.find(name);
+        if (found != answers.end())
+            return found->second;
+        lock.unlock();
+        return PassThroughFiles::ProbeFolder(folder, needWrite);
+    }
+
+private:
+    std::mutex guard;
+    std::condition_variable changed;
+    std::map<std::u16string, FolderState> answers;
+    std::set<std::u16string> hanging;
+    std::chrono::milliseconds hangLimit{0};
+    bool released = false;
+    int hangingNow = 0;
 };
 
 // Thrown when the world stops; nothing after it reaches the files.

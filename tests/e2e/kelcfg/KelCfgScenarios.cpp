@@ -237,3 +237,69 @@ TEST_F(KelCfg, SeveralConfigurationsAreListedInsteadOfGuessed)
         << run.err;
     EXPECT_TRUE(Holds(run.err, "\r\n  Other  ")) << run.err;
 }
+
+TEST_F(KelCfg, CheckTellsTheProblemsOfAConfigurationAsLinesOrJson)
+{
+    // Every folder of Shopwise's kinds there: no problem, exit code 0.
+    const fs::path config = DemoCopy(L"Check");
+    std::string paths = "[PROGRAM PATHS]\r\n";
+    for (const char* kind : {"Main", "Backup", "DXF", "Database", "Project", "Reports", "Images",
+                             "Items", "Scripts", "Profiles", "Download", "Common", "Textures"})
+    {
+        fs::create_directories(config / "folders" / kind);
+        paths += std::string(kind) + "=" + Utf8((config / "folders" / kind).wstring()) + "\r\n";
+    }
+    std::ofstream(config / L"KEL.INI", std::ios::binary) << "[GENERAL]\r\nNUMPAD=OFF\r\n" << paths;
+    const std::wstring command = L"check -app=Shopwise \"-config=" + config.wstring() + L"\"";
+    Finished run = RunKelCfg(command);
+    EXPECT_EQ(run.exitCode, 0u) << run.out << run.err;
+    EXPECT_TRUE(Holds(run.out, "No problems were found in the configuration of Shopwise"))
+        << run.out;
+
+    // A folder gone, one on a drive that is not there, the settings file
+    // read-only and a switch stored as text.
+    fs::remove_all(config / "folders" / "Backup");
+    std::string moved = paths;
+    const std::string reports = Utf8((config / "folders" / "Reports").wstring());
+    moved.replace(moved.find(reports), reports.size(), "Q:\\Reports");
+    std::ofstream(config / L"KEL.INI", std::ios::binary) << "[GENERAL]\r\nNUMPAD=OFF\r\n" << moved;
+    SetFileAttributesW((config / L"KEL.INI").c_str(), FILE_ATTRIBUTE_READONLY);
+    HKEY common = nullptr;
+    RegCreateKeyExW(HKEY_CURRENT_USER, (BranchPath + L"\\COMMON").c_str(), 0, nullptr, 0, KEY_WRITE,
+                    nullptr, &common, nullptr);
+    RegSetValueExW(common, L"CachePatterns", 0, REG_SZ, reinterpret_cast<const BYTE*>(L"1"), 4);
+    RegCloseKey(common);
+
+    run = RunKelCfg(command);
+    EXPECT_EQ(run.exitCode, 1u) << run.out << run.err;
+    EXPECT_TRUE(Holds(run.out, "Backup \"")) << run.out;
+    EXPECT_TRUE(Holds(run.out, "\": the folder does not exist\r\n")) << run.out;
+    EXPECT_TRUE(Holds(run.out, "Reports \"Q:\\Reports\\\": its drive or network share is not "
+                               "reachable\r\n"))
+        << run.out;
+    EXPECT_TRUE(Holds(run.out, "\": the settings file is read-only")) << run.out;
+    EXPECT_TRUE(Holds(run.out, "CachePatterns \"1\": stored as REG_SZ where the programs expect "
+                               "REG_DWORD"))
+        << run.out;
+    EXPECT_TRUE(Holds(run.out, "Problems found in the configuration of Shopwise in \"")) << run.out;
+    EXPECT_TRUE(Holds(run.out, "\": 4.\r\n")) << run.out;
+
+    run = RunKelCfg(command + L" --format=json");
+    EXPECT_EQ(run.exitCode, 1u) << run.err;
+    EXPECT_EQ(run.out.find("{\r\n  \"product\": \"Shopwise\",\r\n  \"configuration\": \""), 0u)
+        << run.out;
+    for (const char* object :
+         {"{\"area\": \"program-paths\", \"option\": \"Reports\", \"value\": "
+          "\"Q:\\\\Reports\\\\\", "
+          "\"problem\": \"not-reachable\", \"reason\": \"its drive or network share is not "
+          "reachable\"}",
+          "\"option\": \"Backup\"", "\"problem\": \"missing\"",
+          "{\"area\": \"settings-file\", \"option\": \"KEL.INI\"", "\"problem\": \"read-only\"",
+          "\"value\": \"1\", \"problem\": \"wrong-type\""})
+        EXPECT_TRUE(Holds(run.out, object)) << object << "\n" << run.out;
+    SetFileAttributesW((config / L"KEL.INI").c_str(), FILE_ATTRIBUTE_NORMAL);
+
+    // A format the command does not know, or a command without formats.
+    EXPECT_EQ(RunKelCfg(command + L" --format=xml").exitCode, 2u);
+    EXPECT_EQ(RunKelCfg(L"export -app=Shopwise --format=json").exitCode, 2u);
+}

@@ -1,6 +1,6 @@
 // The program paths page as a user works it in EditKel.exe, with the real
-// folder browser: a folder browsed and saved with OK, and the same change
-// cancelled in German.
+// folder browser: a folder browsed and saved with OK, the same change
+// cancelled in German, and the warning mark of a folder that is not there.
 #include <algorithm>
 
 #include "tests/e2e/support/EditKelSession.h"
@@ -88,4 +88,33 @@ TEST_F(ProgramPaths, GermanPageAndCancelWritesNothing)
     Press(Control(dialog, IDCANCEL));
     EXPECT_EQ(editor.WaitForExit(), 0u);
     EXPECT_EQ(FileBytes(demo / L"KEL.INI"), before);
+}
+
+// The demo's backup folder (on a drive D: that holds no such folder) gets the
+// warning mark once its probe answered; the folders that exist do not.
+TEST_F(ProgramPaths, MissingFolderIsMarked)
+{
+    // Shopwise's default folders made in the demo, so that only Backup lacks its own.
+    demo = SharedDemoCopy();
+    for (const wchar_t* folder : {L"DXF", L"Images", L"Items", L"Scripts", L"Profiles", L"Download",
+                                  L"Common", L"Textures"})
+        fs::create_directories(demo / folder);
+    RegisterConfiguration(L"Shopwise", L"Demo", demo);
+    TargetProcess editor = StartEditKel(L"-app=Shopwise");
+    dialog = PickConfiguration(editor, L"Shopwise", L"Demo", PickerTitle({}));
+    HWND list = Control(dialog, PathList);
+    const int backup = FindListRow(list, L"Backup");
+    ASSERT_GE(backup, 0);
+    EXPECT_TRUE(WaitUntil([&] { return ListImage(list, backup) == 0; }, DefaultWait));
+    for (int row = 0; row < ListRowCount(list); ++row)
+    {
+        if (row != backup)
+        {
+            EXPECT_NE(ListImage(list, row), 0) << Utf8(ListCell(list, row, 0));
+        }
+    }
+    EXPECT_EQ(ListColumnCount(list), 2);
+    Screenshot(L"marked", dialog, L"paths");
+    Press(Control(dialog, IDCANCEL));
+    EXPECT_EQ(editor.WaitForExit(), 0u);
 }
