@@ -73,9 +73,11 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
         std::wstring pathKey;
         int failed = 0;
         int lost = 0;
-        std::string said; // what the first failed import said
+        std::string said;  // what the first failed import said
+        std::string found; // what was read the first time the value was missing
     };
-    Side sides[2] = {{L"importer-a", L"DXF", 0, 0, {}}, {L"importer-b", L"Images", 0, 0, {}}};
+    Side sides[2] = {{L"importer-a", L"DXF", 0, 0, {}, {}},
+                     {L"importer-b", L"Images", 0, 0, {}, {}}};
     auto importing = [&](Side& side, bool first)
     {
         for (int round = 0; round < Rounds; ++round)
@@ -90,9 +92,13 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
             if (run.exitCode != 0 && side.failed++ == 0)
                 side.said = run.err;
             // Until this side's next import, nothing may take its value away.
-            if (SettingsValue(Ini(), L"PROGRAM PATHS", side.pathKey) !=
-                std::wstring(folder.begin(), folder.end()))
-                ++side.lost;
+            const std::string bytes = FileBytes(Ini());
+            const auto value = SettingsValue(Ini(), L"PROGRAM PATHS", side.pathKey);
+            if (value != std::wstring(folder.begin(), folder.end()) && side.lost++ == 0)
+                side.found = "round " + std::to_string(round) + ", import exit " +
+                             std::to_string(run.exitCode) + ", value " +
+                             (value ? Utf8(*value) : std::string("missing")) + ", file of " +
+                             std::to_string(bytes.size()) + " bytes";
         }
         --running;
     };
@@ -111,7 +117,7 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
     for (const Side& side : sides)
     {
         EXPECT_EQ(side.failed, 0) << Utf8(side.name) << ": " << side.said;
-        EXPECT_EQ(side.lost, 0) << Utf8(side.name);
+        EXPECT_EQ(side.lost, 0) << Utf8(side.name) << ": " << side.found;
     }
     EXPECT_EQ(SettingsValue(Ini(), L"PROGRAM PATHS", L"DXF"), L"D:/A/99/");
     EXPECT_EQ(SettingsValue(Ini(), L"PROGRAM PATHS", L"Images"), L"D:/B/99/");
