@@ -23,7 +23,7 @@ const char16_t* const kPath = u"fuzz.ini";
 // hashed rather than scanned), and a name that no line has.
 std::vector<std::u16string_view> NamesOf(const iniLines& lines)
 {
-    constexpr size_t kMostNames = 24;
+    constexpr size_t kMostNames = 10;
     std::vector<std::u16string_view> names{u"NO SUCH NAME"};
     for (const iniLine* line = lines.First(); line && names.size() < kMostNames;
          line = line->Next())

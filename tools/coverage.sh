@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Line and branch coverage of every layer of the product (platform/, text/,
+# settings/, framework/, app/) from all of its tests:
+# - the Windows tree built with MinGW gcc's --coverage (preset "coverage",
+#   build/coverage): the core, in-process and end-to-end tests run under
+#   Wine, and each program writes its counters (.gcda) beside its objects
+#   through Wine's drive Z: (GCOV_PREFIX);
+# - the native build (preset "native", which counts too): the core tests
+#   under ASan and UBSan, the only run of the portable implementations
+#   (FileSystemPosix, CodePagePosix).
+# gcovr reads both (each with its own gcov) and adds them up. Prints a table
+# per folder and writes the HTML report to build/coverage-report/index.html.
+#   tools/coverage.sh                build, run the tests, report
+#   tools/coverage.sh --native-ran   the native tests have just run (CI): build
+#                                    and run the Windows tests only, then report
+#   tools/coverage.sh --report       only report what the last test runs counted
+# Branches: those of exception handling (throw and unwind paths that gcc
+# counts for every call) and those gcc proves unreachable are left out.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+jobs=${KEL_JOBS:-$(nproc)}
+windows=build/coverage
+native=build/native
+report=build/coverage-report
+layers='(platform|text|settings|framework|app)/'
+
+mode=${1:-}
+if [ "$mode" != --report ]; then
+    cmake --preset coverage >/dev/null
+    cmake --build --preset coverage -j "$jobs"
+    find "$windows" -name '*.gcda' -delete
+    # The counters go to the objects' Linux paths, on Wine's drive Z:.
+    GCOV_PREFIX=Z: ctest --preset coverage -j "$jobs"
+fi
+if [ -z "$mode" ]; then
+    cmake --preset native >/dev/null
+    cmake --build --preset native -j "$jobs"
+    find "$native" -name '*.gcda' -delete
+    ctest --preset native -j "$jobs"
+fi
+
+mkdir -p "$report"
+options=(--root . --filter "$layers" --exclude-throw-branches --exclude-unreachable-branches)
+gcovr "${options[@]}" --gcov-executable x86_64-w64-mingw32-gcov-posix \
+      --json "$report/windows.json" "$windows"
+gcovr "${options[@]}" --gcov-executable gcov --json "$report/native.json" "$native"
+gcovr "${options[@]}" --add-tracefile "$report/windows.json" --add-tracefile "$report/native.json" \
+      --html-details "$report/index.html" --json-summary "$report/summary.json"
+python3 tools/coverage-table.py "$report/summary.json"
+echo "HTML report: $report/index.html"
