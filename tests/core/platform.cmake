@@ -1,5 +1,6 @@
-# The file system's safe write and update locks: the same expectations
-# natively and under Wine.
+# The file system's safe write, update locks and held-back writes: the same
+# expectations natively and under Wine.
 kel_add_test(core_platform
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/platform/SafeWriteTest.cpp
+            ${CMAKE_CURRENT_LIST_DIR}/platform/StagedFilesTest.cpp
     LIBS kelsettings)
