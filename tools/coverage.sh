@@ -29,20 +29,19 @@ if [ "$mode" != --report ]; then
     cmake --preset coverage >/dev/null
     cmake --build --preset coverage -j "$jobs"
     find "$windows" -name '*.gcda' -delete
-    # A test program of this build can crash on its way out, after its tests
-    # passed and its counters were written (seen with programs that showed a
-    # real message box or folder browser). In this build's prefix a crash ends
-    # the program at once instead of starting the debugger, which would wait
-    # until the test's time-out.
+    # In this build's prefix a program that crashes ends at once instead of
+    # starting the debugger, which would wait until the test's time-out. (An
+    # unoptimised build shows faults that the release's optimiser can hide:
+    # this one found the text heap destroyed before the last static text.)
     harness=cmake/wine-harness.sh
     "$harness" prefix "$windows/wine" >/dev/null
     "$harness" run "$windows/wine" reg add \
         'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
         /v Debugger /t REG_SZ /d '' /f >/dev/null
     # The counters go to the objects' Linux paths, on Wine's drive Z:. The
-    # verdict on the tests is the release build's run: here a failure (a
-    # timing test slowed down by the counters, a crash on the way out) is
-    # shown, and the counters of every program are counted all the same.
+    # verdict on the tests is the release build's run: here a failure (say a
+    # timing test slowed down by the counters) is listed, and the counters of
+    # every program are counted all the same.
     if ! GCOV_PREFIX=Z: ctest --preset coverage -j "$jobs" >"$windows/coverage-tests.log" 2>&1; then
         echo "coverage build: not every test passed (they count all the same):"
         grep -E '^\s+[0-9]+ - ' "$windows/coverage-tests.log" || true
