@@ -40,17 +40,21 @@ public:
     bool Run(Read read, uint64_t size)
     {
         std::string pending;
-        auto more = [&](size_t wanted)
+        // Pieces are read into a buffer that nothing fills first (growing
+        // `pending` by a whole piece would clear 64 KB for every read): a
+        // small file's expected size and a byte to see its end, at least 4 KB
+        // in case the file has grown.
+        const size_t bufferSize = size_t(std::clamp<uint64_t>(size + 1, 4096, kPiece));
+        const std::unique_ptr<char[]> buffer(new char[bufferSize]);
+        auto more = [&]()
         {
-            const size_t held = pending.size();
-            pending.resize(held + wanted);
-            const size_t got = read(pending.data() + held, wanted);
-            pending.resize(held + got);
+            const size_t got = read(buffer.get(), bufferSize);
+            pending.append(buffer.get(), got);
             return got;
         };
         bool ended = false;
         while (pending.size() < 3 && !ended)
-            ended = more(kPiece) == 0;
+            ended = more() == 0;
         const auto* b = reinterpret_cast<const unsigned char*>(pending.data());
         if (pending.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE)
             return Utf16(pending, ended, read, size);
@@ -78,7 +82,7 @@ public:
             }
             if (ended)
                 return true;
-            ended = more(kPiece) == 0;
+            ended = more() == 0;
         }
     }
 

@@ -27,6 +27,9 @@ public:
 
 TextHeap& GetTextHeap()
 {
-    static StandardHeap heap;
-    return heap;
+    // Never destroyed: a text held by a static object that was made before
+    // the heap's first use is freed after the heap's own turn to be destroyed
+    // would have come, on the way out of the program.
+    static StandardHeap* const heap = new StandardHeap;
+    return *heap;
 }

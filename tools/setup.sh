@@ -4,8 +4,9 @@
 # title-bar buttons, Tahoma the dialogs), a virtual display, wixl (msitools'
 # MSI builder, for the installer), CMake, GoogleTest,
 # Google Benchmark, inih (the benchmark's reference parser) and clang for the
-# fuzzers; xmllint, osslsigncode, openssl, git and zip for the Group Policy
-# templates' check, the release signing, the reproducibility check and the zip.
+# fuzzers; gcovr for the coverage report; xmllint, osslsigncode, openssl, git
+# and zip for the Group Policy templates' check, the release signing, the
+# reproducibility check and the zip.
 # Packages already present are left alone.
 set -euo pipefail
 
@@ -18,6 +19,7 @@ packages=(
     googletest libbenchmark-dev libinih-dev
     clang-14 libclang-rt-14-dev
     libxml2-utils osslsigncode openssl git zip
+    gcovr
 )
 
 missing=()

@@ -9,14 +9,18 @@
 #      screenshots,
 #   3. builds the portable layers natively and runs their tests under
 #      AddressSanitizer and UndefinedBehaviorSanitizer,
-#   4. builds the fuzz targets with clang and runs each one briefly,
-#   5. builds the benchmarks (run them with tools/run-benchmarks.sh).
+#   4. measures coverage (tools/coverage.sh): the Windows tree built again
+#      with gcc's coverage counters, its tests run under Wine, and the
+#      counters of both runs printed as a table per folder,
+#   5. builds the fuzz targets with clang and runs each one briefly, printing
+#      its inputs per second,
+#   6. builds the benchmarks (run them with tools/run-benchmarks.sh).
 # Exits non-zero on the first failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 start=$(date +%s)
 
-fuzz_seconds=${KEL_FUZZ_SECONDS:-30}
+fuzz_seconds=${KEL_FUZZ_SECONDS:-20}
 jobs=${KEL_JOBS:-$(nproc)}
 
 step() { printf '\n=== %s (%ss)\n' "$*" "$(( $(date +%s) - start ))"; }
@@ -52,6 +56,9 @@ cmake --build --preset native -j "$jobs"
 
 step "native tests (ASan + UBSan)"
 ctest --preset native -j "$jobs"
+
+step "coverage (gcc --coverage, Windows tests under Wine and native tests)"
+bash tools/coverage.sh --native-ran
 
 step "fuzz targets (clang-14, libFuzzer)"
 cmake --preset fuzz >/dev/null

@@ -163,6 +163,35 @@ TEST(SafeWrite, ReadOnlyFilesAreRefusedAndTargetsThatCannotBeReplacedAreWrittenI
     EXPECT_EQ(unreplaceable.inPlace, 3);
 }
 
+// The write in place is the last resort: it must never leave a half-written
+// file, neither where there was none nor over a file it could not read first.
+TEST(SafeWrite, AFailedWriteInPlaceLeavesNoHalfWrittenFile)
+{
+    MemoryFiles memory;
+    class NoNewFiles : public PassThroughFiles
+    {
+    public:
+        using PassThroughFiles::PassThroughFiles;
+        Step WriteNew(PathRef, const void*, size_t) override { return Step::Refused; }
+        bool WriteInPlace(PathRef path, const void* data, size_t) override
+        {
+            PassThroughFiles::WriteInPlace(path, data, 1); // torn after its first byte
+            return false;
+        }
+    } noNewFiles(&memory);
+
+    // No file before: the torn one is removed again.
+    EXPECT_EQ(noNewFiles.WriteBytes(u"KEL.INI", "new", 3).error, WriteError::Failed);
+    EXPECT_TRUE(memory.files.empty());
+
+    // A file that cannot be read is not written, since it could not be repaired.
+    memory.files[u"KEL.INI"] = "old";
+    memory.unreadable = true;
+    EXPECT_EQ(noNewFiles.WriteBytes(u"KEL.INI", "new", 3).error, WriteError::Failed);
+    EXPECT_EQ(memory.files[u"KEL.INI"], "old");
+    EXPECT_EQ(memory.writes, 1);
+}
+
 TEST(SafeWrite, SavesOfTheSameFileTakeTurns)
 {
     MemoryFiles memory;
@@ -196,6 +225,40 @@ TEST(SafeWrite, SavesOfTheSameFileTakeTurns)
     memory.UnlockFile(LockPathFor(u"KEL.INI").c_str(), handle);
     EXPECT_EQ(file.SaveEntries(nullptr, nullptr, 1), 1);
     FileSystem::SetLockWait(wait);
+}
+
+// Real files of this platform's implementation: a target that cannot be
+// replaced is written over in place, and a shorter content leaves nothing of
+// the longer one after it; a folder is never written.
+TEST(SafeWrite, RealFilesWrittenInPlaceLoseTheirOldTail)
+{
+    namespace fs = std::filesystem;
+    const fs::path folder =
+        fs::temp_directory_path() /
+        ("kel-in-place-" +
+         std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    fs::create_directories(folder);
+    const std::u16string target = (folder / "KEL.INI").u16string();
+    class Unreplaceable : public PassThroughFiles
+    {
+    public:
+        Step MoveOver(PathRef, PathRef) override { return Step::Refused; }
+    } unreplaceable;
+    const uint32_t wait = FileSystem::ReplaceWait();
+    FileSystem::SetReplaceWait(0);
+
+    ASSERT_TRUE(unreplaceable.WriteBytes(target.c_str(), "[GENERAL]\r\nNUMPAD=OFF\r\n", 23));
+    ASSERT_TRUE(unreplaceable.WriteBytes(target.c_str(), "[A]\r\n", 5));
+    std::string bytes;
+    ASSERT_TRUE(GetPlatformFileSystem().ReadBytes(target.c_str(), bytes));
+    EXPECT_EQ(bytes, "[A]\r\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+
+    EXPECT_EQ(GetPlatformFileSystem().WriteBytes(folder.u16string(), "x", 1).error,
+              WriteError::Failed);
+    EXPECT_TRUE(fs::is_directory(folder));
+    fs::remove_all(folder);
+    FileSystem::SetReplaceWait(wait);
 }
 
 #ifndef _WIN32
