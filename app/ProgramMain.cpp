@@ -117,6 +117,9 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
     {
         AppEntry& app;
         KelConfigDialog* frame;
+        MainFrameScope(AppEntry& entry, KelConfigDialog* dialog) : app(entry), frame(dialog) {}
+        MainFrameScope(const MainFrameScope&) = delete;
+        MainFrameScope& operator=(const MainFrameScope&) = delete;
         ~MainFrameScope()
         {
             if (app.MainFrame() == frame)

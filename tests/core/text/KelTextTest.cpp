@@ -26,6 +26,8 @@ struct SeparatorScope
     {
         GetTextConventions().thousandsSeparator = separator;
     }
+    SeparatorScope(const SeparatorScope&) = delete;
+    SeparatorScope& operator=(const SeparatorScope&) = delete;
     ~SeparatorScope() { GetTextConventions().thousandsSeparator = previous; }
     char16_t previous;
 };

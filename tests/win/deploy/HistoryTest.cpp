@@ -33,6 +33,8 @@ protected:
         app.SetApplicationName(u"EditKel");
         UseSettings(nullptr);
     }
+    History(const History&) = delete;
+    History& operator=(const History&) = delete;
     ~History() override { ConfigHistory::SetRoot(KelText()); }
 
     // kelcfg with the arguments, on the test's configuration; answers the

@@ -26,6 +26,8 @@ protected:
     {
         app.RegisterRelease(u"Shopwise", release, false);
     }
+    PageTest(const PageTest&) = delete;
+    PageTest& operator=(const PageTest&) = delete;
     ~PageTest() override
     {
         dialog.reset();

@@ -137,6 +137,8 @@ protected:
         previous = SetApplication(&app);
         safety = SetTimer(nullptr, 0, 10000, GiveUp);
     }
+    ToolkitTest(const ToolkitTest&) = delete;
+    ToolkitTest& operator=(const ToolkitTest&) = delete;
     ~ToolkitTest() override
     {
         KillTimer(nullptr, safety);
