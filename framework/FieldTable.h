@@ -87,7 +87,7 @@ public:
         return *this;
     }
 
-    Kind kind;
+    Kind kind = Kind::Dword;
     FieldBranch branch = FieldBranch::Product;
     // Registry: the sub-key below the branch ("" for the branch itself).
     // Settings file: the section.
