@@ -66,7 +66,7 @@ const std::string shippedFile = KEL_SHIPPED_DICTIONARY;
 
 size_t FileSize(const std::string& path)
 {
-    struct stat info{};
+    struct stat info = {};
     return ::stat(path.c_str(), &info) == 0 ? size_t(info.st_size) : 0;
 }
 
@@ -76,7 +76,7 @@ void ReadBytes(benchmark::State& state, const std::string& path)
     for (auto _ : state)
     {
         std::FILE* file = std::fopen(path.c_str(), "rb");
-        struct stat info{};
+        struct stat info = {};
         if (!file || ::fstat(::fileno(file), &info) != 0)
         {
             state.SkipWithError("cannot read the file");
