@@ -38,7 +38,7 @@ public:
     // The title given at construction or set since. Setting it renames an
     // existing window as well.
     const KelText& Title() const { return title; }
-    void SetTitle(const KelText& text);
+    virtual void SetTitle(const KelText& text);
     // Window style bits to add and to remove: kept for creation and applied at
     // once to an existing window (WS_MINIMIZEBOX, ...).
     void SetStyleBits(DWORD add, DWORD remove = 0);
