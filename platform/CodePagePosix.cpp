@@ -39,7 +39,7 @@ uint32_t DecodeUtf8(unsigned char lead, const unsigned char*& at, const unsigned
         at = end;
         return invalidSequence;
     }
-    unsigned char bits;
+    unsigned char bits = 0;
     switch (length)
     {
     case 3:

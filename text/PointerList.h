@@ -12,7 +12,7 @@ inline int32_t GrowthCapacity(int32_t n)
 {
     if (n < 0)
         n = 0;
-    int32_t step;
+    int32_t step = 0;
     if (n < 4)
         step = 4;
     else if (n < 65)

@@ -103,7 +103,7 @@ const char16_t* TextHolder::ReferenceText(const char16_t* reference, bool mayBeA
 {
     if (IsReference(reference))
     {
-        int32_t used;
+        int32_t used = 0;
         if (const char16_t* text = Lookup(ReadNumber(reference + 1, used)))
             return text;
     }
@@ -120,7 +120,7 @@ int32_t TextHolder::SelectLanguage(const PointerList<KelText>& names, const KelT
         return AllLanguages;
     if (asked.At(0) == u'#' && asked.Length() > 1)
     {
-        int32_t used;
+        int32_t used = 0;
         const int32_t position = ReadNumber(asked.c_str() + 1, used);
         if (used == asked.Length() - 1)
         {
@@ -514,7 +514,7 @@ public:
         if (blockOpen)
             place = limit;
         limit = end;
-        uint32_t size;
+        uint32_t size = 0;
         if (!U32(size) || size > end - place)
             return false;
         limit = place + size;
@@ -525,7 +525,7 @@ public:
     // the terminator); the empty text for a count of 0.
     bool Text(size_t& start, size_t& units)
     {
-        uint32_t count;
+        uint32_t count = 0;
         if (!U32(count))
             return false;
         start = place;
@@ -555,7 +555,7 @@ bool TextHolder::ReadCompactEntry(Archive& archive)
     const char* header = archive.Peek(Archive::RecordHeaderSize);
     if (!header)
         return false;
-    uint32_t tag, size;
+    uint32_t tag = 0, size = 0;
     std::memcpy(&tag, header, 4);
     std::memcpy(&size, header + 4, 4);
     if (size > archive.Remaining() - Archive::RecordHeaderSize || (tag == 0 && size != 0) ||
@@ -578,8 +578,8 @@ bool TextHolder::ReadCompactEntry(Archive& archive)
         return false;
     RecordBytes record(bytes + Archive::RecordHeaderSize, size);
     record.limit = size;
-    size_t defaultStart, defaultUnits, start, units, keptStart = 0, keptUnits = 0;
-    uint32_t number, textCount, linkCount;
+    size_t defaultStart = 0, defaultUnits = 0, start = 0, units = 0, keptStart = 0, keptUnits = 0;
+    uint32_t number = 0, textCount = 0, linkCount = 0;
     bool read = record.Text(defaultStart, defaultUnits) && record.Text(start, units) &&
                 record.Text(start, units) && record.Boundary() && record.U32(number) &&
                 record.Pass(4 + 8 + 4) && record.Boundary() && record.U32(textCount) &&

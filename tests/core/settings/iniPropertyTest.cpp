@@ -310,7 +310,7 @@ TEST(iniFileProperty, FilesReadInPiecesDecodeAsAWhole)
         }
         std::replace(whole.begin(), whole.end(), u'\0', u'\uFFFD');
         Lines expected;
-        for (size_t start = 0, end; start < whole.size(); start = end + 1)
+        for (size_t start = 0, end = 0; start < whole.size(); start = end + 1)
         {
             end = std::min(whole.find(u'\n', start), whole.size());
             expected.push_back(whole.substr(start, end - start));

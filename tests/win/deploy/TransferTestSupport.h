@@ -51,7 +51,7 @@ protected:
     std::vector<std::string> RegistryState() const
     {
         std::vector<std::string> lines;
-        HKEY root;
+        HKEY root = nullptr;
         KelText sub;
         if (RegistryKey::SplitPath(AppKey(), root, sub))
             Dump(root, std::wstring(AsWide(sub)), "", lines);
@@ -89,7 +89,7 @@ private:
     static void Dump(HKEY root, const std::wstring& path, const std::string& shown,
                      std::vector<std::string>& lines)
     {
-        HKEY key;
+        HKEY key = nullptr;
         if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
             return;
         lines.push_back(shown + "\\");
