@@ -128,7 +128,7 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
     } scope{*app, dialog.get()};
     if (!app->MainFrame())
         app->SetMainFrame(dialog.get());
-    dialog->Show(1);
+    dialog->Show(true);
     return 0;
 }
 
