@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <ranges>
 #include <lmcons.h>
 #include <shlobj.h>
 
@@ -223,10 +224,10 @@ std::vector<HistoryEntry> ConfigHistory::Entries(std::vector<KelText>& damaged) 
 {
     std::vector<HistoryEntry> entries;
     std::vector<uint64_t> ids = Ids();
-    for (auto id = ids.rbegin(); id != ids.rend(); ++id)
+    for (const uint64_t id : std::views::reverse(ids))
     {
         HistoryEntry entry;
-        entry.id = IdText(*id);
+        entry.id = IdText(id);
         std::string bytes;
         if (!GetFileSystem().ReadBytes(folder + entry.id + kExtension, bytes) ||
             !Parse(bytes, entry))
