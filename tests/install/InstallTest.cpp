@@ -114,7 +114,7 @@ DWORD Msiexec(const std::wstring& arguments, std::string* log = nullptr)
     const DWORD exitCode = msiexec.WaitForExit(180s);
     std::string bytes = FileBytes(file);
     // A log in UTF-16 keeps its ASCII letters in every other byte.
-    if (log && bytes.compare(0, 2, "\xFF\xFE") == 0)
+    if (log && bytes.starts_with("\xFF\xFE"))
         for (size_t at = 2; at < bytes.size(); at += 2)
             *log += bytes[at];
     else if (log)
