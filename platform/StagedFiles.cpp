@@ -79,7 +79,7 @@ WriteResult StagedFiles::Commit(std::u16string& failedPath)
 {
     std::vector<std::pair<int, std::u16string>> names;
     for (const auto& [name, bytes] : written)
-        names.push_back({order.count(name) ? order[name] : 0, name});
+        names.emplace_back(order.count(name) ? order[name] : 0, name);
     std::sort(names.begin(), names.end());
     WriteResult result;
     for (const auto& [when, name] : names)

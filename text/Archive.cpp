@@ -40,7 +40,7 @@ void Archive::BeginWriting(uint32_t flags)
     ok = true;
     fileFlags = flags & KnownFlags;
     settings = fileFlags;
-    frames.push_back(Frame());
+    frames.emplace_back();
     Put(magic, sizeof magic);
     WriteU32(Version);
     WriteU32(fileFlags);

@@ -270,7 +270,7 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
                 {section.line, Say(kTextCfgSectionTwice, page->Section(), seen->second)});
             continue;
         }
-        seenSections.push_back({page, section.line});
+        seenSections.emplace_back(page, section.line);
 
         for (const TransferValue& value : section.values)
         {

@@ -42,7 +42,7 @@ protected:
     int Run(std::vector<KelText> arguments)
     {
         console = Console();
-        arguments.push_back(u"-app=Shopwise");
+        arguments.emplace_back(u"-app=Shopwise");
         arguments.push_back(u"-config=" + config);
         KelCfgRequest request;
         if (ParseKelCfgArguments(arguments, request, console) != CfgParsed::Run)
