@@ -9,8 +9,10 @@
 #      screenshots,
 #   3. builds the portable layers natively and runs their tests under
 #      AddressSanitizer and UndefinedBehaviorSanitizer,
-#   4. builds the fuzz targets with clang and runs each one briefly,
-#   5. builds the benchmarks (run them with tools/run-benchmarks.sh).
+#   4. compiles every source of the Windows build with clang as well and runs
+#      clang-tidy over every source (fails on any finding),
+#   5. builds the fuzz targets with clang and runs each one briefly,
+#   6. builds the benchmarks (run them with tools/run-benchmarks.sh).
 # Exits non-zero on the first failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -52,6 +54,12 @@ cmake --build --preset native -j "$jobs"
 
 step "native tests (ASan + UBSan)"
 ctest --preset native -j "$jobs"
+
+step "clang build (compile only)"
+bash tools/clang-compile.sh --jobs "$jobs"
+
+step "clang-tidy"
+bash tools/run-clang-tidy.sh --jobs "$jobs"
 
 step "fuzz targets (clang-14, libFuzzer)"
 cmake --preset fuzz >/dev/null
