@@ -26,6 +26,8 @@ protected:
     {
         app.RegisterRelease(u"Shopwise", release, false);
     }
+
+public:
     PageTest(const PageTest&) = delete;
     PageTest& operator=(const PageTest&) = delete;
     ~PageTest() override
@@ -34,6 +36,7 @@ protected:
         TempTree::RemoveAll(app.SharedDocumentsFolder());
     }
 
+protected:
     // --- the configuration -----------------------------------------------------
     // Makes (or rewrites) the settings file `fileName` with `content` in the
     // test's configuration folder, and makes that folder the settings folder
