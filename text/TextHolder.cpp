@@ -402,6 +402,7 @@ bool TextHolder::ReadFrom(Archive& archive)
         // Files are written in order: sorting is only needed when they are not.
         const auto byNumber = [](const TextEntry* left, const TextEntry* right)
         { return (left ? left->Number() : 0) < (right ? right->Number() : 0); };
+        // NOLINTNEXTLINE(bugprone-nondeterministic-pointer-iteration-order): by number, not address
         if (!std::is_sorted(entries.begin(), entries.end(), byNumber))
             entries.Sort(byNumber);
         for (const TextEntry* entry : entries)
