@@ -30,7 +30,7 @@ int32_t ScanSection(const Lines& lines, const std::u16string& name)
 
 int32_t ScanEnd(const Lines& lines, int32_t header)
 {
-    size_t i = size_t(header + 1);
+    size_t i = size_t(header) + 1;
     while (i < lines.size() && !lines[i].starts_with(u'['))
         ++i;
     return int32_t(i);
