@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <ranges>
 #include <lmcons.h>
 #include <shlobj.h>
 
@@ -224,7 +223,8 @@ std::vector<HistoryEntry> ConfigHistory::Entries(std::vector<KelText>& damaged) 
 {
     std::vector<HistoryEntry> entries;
     std::vector<uint64_t> ids = Ids();
-    for (const uint64_t id : std::views::reverse(ids))
+    std::reverse(ids.begin(), ids.end());
+    for (const uint64_t id : ids)
     {
         HistoryEntry entry;
         entry.id = IdText(id);
