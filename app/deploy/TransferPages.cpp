@@ -321,7 +321,7 @@ private:
 class WebLinksTransfer final : public TransferPage
 {
 public:
-    WebLinksTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    explicit WebLinksTransfer(const KelText& product) : product(product)
     {
         Load();
         TransferKey key = MakeKey(
@@ -361,7 +361,6 @@ public:
     TransferPlaces Places() const override { return {{}, {values->KeyPath()}}; }
 
 private:
-    AppEntry& app;
     KelText product;
     std::unique_ptr<WebLinksValues> values;
 };
@@ -507,7 +506,7 @@ std::vector<std::unique_ptr<TransferPage>> MakeTransferPages(AppEntry& app, Sett
     else if (product != u"Ledgerline")
     {
         pages.push_back(std::make_unique<TyxOptionsTransfer>(app, product));
-        pages.push_back(std::make_unique<WebLinksTransfer>(app, product));
+        pages.push_back(std::make_unique<WebLinksTransfer>(product));
     }
     pages.push_back(std::make_unique<CommonOptionsTransfer>(app, product, fileName));
     pages.push_back(std::make_unique<MessagePromptsTransfer>(app));
