@@ -325,7 +325,8 @@ void BM_TextByReference(benchmark::State& state)
 BENCHMARK(BM_TextByReference);
 } // namespace
 
-int main(int argc, char** argv)
+// An exception that escapes ends the benchmark with the runtime's message.
+int main(int argc, char** argv) // NOLINT(bugprone-exception-escape)
 {
     HeapCounter::KeepFreedMemory();
     benchmark::Initialize(&argc, argv);
