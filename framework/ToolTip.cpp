@@ -1,7 +1,6 @@
 #include "framework/ToolTip.h"
 
 #include <commctrl.h>
-#include <string>
 
 #include "framework/FormDialog.h"
 #include "text/WideText.h"
@@ -46,9 +45,7 @@ bool ToolTip::SetToolText(const Window& control, const KelText& text)
     Send(TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     if (text.IsEmpty())
         return true;
-    // The control copies the text; the structure's field is not const.
-    std::wstring copy(AsWide(text));
-    tool.lpszText = copy.data();
+    tool.lpszText = const_cast<wchar_t*>(AsWide(text));
     return Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool)) != 0;
 }
 

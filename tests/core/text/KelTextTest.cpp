@@ -72,9 +72,8 @@ TEST(KelTextStorage, EmptyTextsHaveNoBuffer)
     EXPECT_EQ(KelText(u"").RawBuffer(), nullptr);
     EXPECT_EQ(KelText(static_cast<const char16_t*>(nullptr)).RawBuffer(), nullptr);
     EXPECT_EQ(empty.c_str(), KelText::EmptyText());
-    // The shared empty string is cleared on every hand-out, also after a
-    // caller wrote into it through a cast.
-    const_cast<char16_t*>(empty.c_str())[0] = u'x'; // NOLINT(cppcoreguidelines-pro-type-const-cast)
+    // The shared empty string is cleared on every hand-out.
+    const_cast<char16_t*>(empty.c_str())[0] = u'x';
     EXPECT_EQ(KelText().c_str()[0], 0);
 
     // A copy of an empty text that owns storage has no buffer.

@@ -174,9 +174,8 @@ TEST(AppEntry, RegisterReleaseSetsKeysAndDataFoldersAndFindsCloudInstall)
 
 namespace
 {
-// A timer procedure has no context pointer: the test hands it these.
-KelText browseTitle;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-KelText browseTarget; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+KelText browseTitle;
+KelText browseTarget;
 void CALLBACK DriveBrowser(HWND, UINT, UINT_PTR timer, DWORD)
 {
     static int ticks = 0;

@@ -116,8 +116,7 @@ struct RealBox
     bool escapeIgnored = false;
     KelText caption;
 };
-// A timer procedure has no context pointer: the test hands it this.
-RealBox realBox; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+RealBox realBox;
 
 void CALLBACK DriveRealBox(HWND, UINT, UINT_PTR timer, DWORD)
 {
