@@ -13,7 +13,7 @@
 class AppFrame : public Window
 {
 public:
-    explicit AppFrame(Window* owner = nullptr, const KelText& title = KelText());
+    explicit AppFrame(Window* owner = nullptr, KelText title = KelText());
     ~AppFrame() override;
 
     // Records the modal flag, creates the window when it does not exist yet

@@ -14,7 +14,7 @@
 class DialogFrame : public AppFrame
 {
 public:
-    DialogFrame(Window* owner, const TemplateName& templateName, const KelText& title = KelText());
+    DialogFrame(Window* owner, TemplateName templateName, const KelText& title = KelText());
     ~DialogFrame() override;
 
     const TemplateName& Template() const { return templateName; }

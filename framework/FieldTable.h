@@ -137,7 +137,7 @@ class FieldTable
 {
 public:
     // `product` names the branch of FieldBranch::Product fields.
-    explicit FieldTable(const KelText& product);
+    explicit FieldTable(KelText product);
     ~FieldTable();
     FieldTable(const FieldTable&) = delete;
     FieldTable& operator=(const FieldTable&) = delete;

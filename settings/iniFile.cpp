@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
@@ -171,7 +172,7 @@ private:
 };
 } // namespace
 
-iniFile::iniFile(const KelText& path_) : path(path_) {}
+iniFile::iniFile(KelText path_) : path(std::move(path_)) {}
 
 iniFile::~iniFile() = default;
 

@@ -1,6 +1,7 @@
 #include "app/deploy/TransferPages.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/ProductTable.h"
 #include "app/SettingsContext.h"
@@ -179,8 +180,8 @@ KelText ApplicationKey(const AppEntry& app, const char16_t* sub)
 class ProgramPathsTransfer final : public TransferPage
 {
 public:
-    ProgramPathsTransfer(SettingsContext& store, const KelText& product, const KelText& path)
-        : store(store), product(product), path(path)
+    ProgramPathsTransfer(SettingsContext& store, KelText product, KelText path)
+        : store(store), product(std::move(product)), path(std::move(path))
     {
         Load();
         // Each kind once, in the product's order (a product may list one twice).
@@ -227,7 +228,7 @@ private:
 class CadOptionsTransfer final : public TransferPage
 {
 public:
-    CadOptionsTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    CadOptionsTransfer(AppEntry& app, KelText product) : app(app), product(std::move(product))
     {
         Load();
         using V = CadOptionsValues;
@@ -274,7 +275,7 @@ private:
 class TyxOptionsTransfer final : public TransferPage
 {
 public:
-    TyxOptionsTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    TyxOptionsTransfer(AppEntry& app, KelText product) : app(app), product(std::move(product))
     {
         Load();
         using V = TyxOptionsValues;
@@ -321,7 +322,7 @@ private:
 class WebLinksTransfer final : public TransferPage
 {
 public:
-    explicit WebLinksTransfer(const KelText& product) : product(product)
+    explicit WebLinksTransfer(KelText product) : product(std::move(product))
     {
         Load();
         TransferKey key = MakeKey(
@@ -370,8 +371,8 @@ private:
 class CommonOptionsTransfer final : public TransferPage
 {
 public:
-    CommonOptionsTransfer(AppEntry& app, const KelText& product, const KelText& fileName)
-        : app(app), product(product), fileName(fileName)
+    CommonOptionsTransfer(AppEntry& app, KelText product, KelText fileName)
+        : app(app), product(std::move(product)), fileName(std::move(fileName))
     {
         Load();
         using V = CommonOptionsValues;

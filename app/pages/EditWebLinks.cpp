@@ -90,7 +90,8 @@ struct ReadLink
 
 // --- WebLinksValues -----------------------------------------------------------------
 
-WebLinksValues::WebLinksValues(const KelText& productName) : product(productName), fields(product)
+WebLinksValues::WebLinksValues(KelText productName)
+    : product(std::move(productName)), fields(product)
 {
     fields.ShownOn(kWebLinksTemplate);
     fields.ValueList(FieldBranch::Product, kWebLinksKey).ShownBy(kLinkList);
