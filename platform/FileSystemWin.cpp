@@ -200,9 +200,9 @@ public:
             return given;
         std::u16string final(reinterpret_cast<const char16_t*>(buffer), length);
         // "\\?\C:\..." and "\\?\UNC\server\..." back to the usual forms.
-        if (final.rfind(u"\\\\?\\UNC\\", 0) == 0)
+        if (final.starts_with(u"\\\\?\\UNC\\"))
             final = u"\\\\" + final.substr(8);
-        else if (final.rfind(u"\\\\?\\", 0) == 0)
+        else if (final.starts_with(u"\\\\?\\"))
             final = final.substr(4);
         return final;
     }

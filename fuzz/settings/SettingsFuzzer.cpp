@@ -61,7 +61,7 @@ int32_t ScanKey(const iniLines& lines, int32_t header, const KelText& key)
 // Whether bytes are what Save writes for lines (minus trailing empty ones).
 bool WrittenAs(const std::string& bytes, const iniLines& lines)
 {
-    if (bytes.size() < 2 || bytes.compare(0, 2, "\xFF\xFE") != 0 || bytes.size() % 2)
+    if (bytes.size() < 2 || !bytes.starts_with("\xFF\xFE") || bytes.size() % 2)
         return false;
     std::u16string expected;
     int32_t count = lines.Count();

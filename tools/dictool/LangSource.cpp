@@ -106,7 +106,7 @@ bool FieldText(const std::string& field, KelText& text)
 bool HeaderLine(const std::string& line, const char* key, std::string& value)
 {
     const std::string prefix = std::string("@") + key + "\t";
-    if (line.compare(0, prefix.size(), prefix) != 0)
+    if (!line.starts_with(prefix))
         return false;
     value = line.substr(prefix.size());
     return true;
@@ -135,7 +135,7 @@ bool ParseLangSource(const std::string& fileName, const std::string& bytes, Lang
     const size_t before = problems.size();
     source = LangSource();
     source.fileName = fileName;
-    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+    if (bytes.starts_with("\xEF\xBB\xBF"))
         problems.push_back(fileName +
                            ": starts with a byte-order mark; save it as UTF-8 without one");
     if (bytes.empty() || bytes.back() != '\n')
