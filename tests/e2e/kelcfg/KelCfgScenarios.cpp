@@ -42,7 +42,7 @@ void DescribeKey(HKEY root, const std::wstring& key, std::string& out)
         if (RegEnumKeyExW(opened, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
             ERROR_SUCCESS)
             break;
-        subKeys.push_back(name);
+        subKeys.emplace_back(name);
     }
     RegCloseKey(opened);
     for (const std::wstring& sub : subKeys)

@@ -294,7 +294,7 @@ protected:
                 if (next && KindOf(next) == Kind::Input)
                 {
                     EXPECT_NE(AccessKeyOf(text), 0) << where << ": label " << Narrow(text);
-                    labelled.push_back({control, next});
+                    labelled.emplace_back(control, next);
                 }
                 addKey(text);
                 break;
