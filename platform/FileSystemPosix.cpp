@@ -109,7 +109,7 @@ public:
             bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
         }
         char chunk[65536];
-        size_t got;
+        size_t got = 0;
         while ((got = std::fread(chunk, 1, sizeof chunk, file.get())) > 0)
             bytes.append(chunk, got);
         return !std::ferror(file.get());

@@ -225,7 +225,7 @@ iniLines::~iniLines()
 
 iniLine* iniLines::NewLine(std::u16string_view text)
 {
-    iniLine* line;
+    iniLine* line = nullptr;
     if (freeLines)
     {
         line = freeLines;

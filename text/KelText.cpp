@@ -614,7 +614,7 @@ uint64_t KelText::HexValue() const
     for (int32_t i = 0; i < length && i < 16; ++i)
     {
         const char16_t ch = buffer[i];
-        uint64_t digit;
+        uint64_t digit = 0;
         if (ch >= u'0' && ch <= u'9')
             digit = ch - u'0';
         else if (ch >= u'a' && ch <= u'f')

@@ -129,7 +129,7 @@ void Load(benchmark::State& state, const std::string& path, const char16_t* lang
 // floor of a one-language load that keeps its checks.
 uint32_t U32(const char* at)
 {
-    uint32_t value;
+    uint32_t value = 0;
     std::memcpy(&value, at, 4);
     return value;
 }
