@@ -1,6 +1,7 @@
 #include "framework/GuardedArray.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace
@@ -37,9 +38,8 @@ GuardedArray* GuardedArray::Find(const KelText& arrayName)
 {
     CriticalLock lock(RegistryGuard());
     // The most recent registration of a name wins.
-    auto& arrays = Registered();
-    for (auto it = arrays.rbegin(); it != arrays.rend(); ++it)
-        if ((*it)->name.SameAs(arrayName))
+    auto& arrays =(auto & array : std::views::reverse(arrays))!= arrays.renarray++it)
+        if ((*it)->name.SameAs(arrayNamarray
             return *it;
     return nullptr;
 }

@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <ranges>
 #include <vector>
 
 #include "framework/AppEntry.h"
@@ -160,10 +161,10 @@ private:
         if (rows.empty() ||
             ShowMessageBox(DictText(9642), Title(), MB_YESNO | MB_ICONQUESTION) != IDYES)
             return;
-        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
+        for (int& row : std::views::reverse(rows))
         {
-            links.erase(links.begin() + *it);
-            list->DeleteRow(*it);
+            links.erase(links.begin() + row);
+            list->DeleteRow(row);
         }
         ShowRows(0);
         UpdateButtons();
