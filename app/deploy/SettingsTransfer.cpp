@@ -90,10 +90,10 @@ void SortByLine(std::vector<LineProblem>& problems)
 
 SettingsTransfer::SettingsTransfer(AppEntry& app, SettingsContext& store, const KelText& product,
                                    const KelText& folderIn)
-    : app(app), product(product)
+    : app(app), product(product), folder(app.SettingsFolder())
 {
     app.SetSettingsFolder(folderIn);
-    folder = app.SettingsFolder();
+
     pages = MakeTransferPages(app, store, product);
 }
 
