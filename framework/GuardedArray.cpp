@@ -1,7 +1,6 @@
 #include "framework/GuardedArray.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 namespace
@@ -38,8 +37,9 @@ GuardedArray* GuardedArray::Find(const KelText& arrayName)
 {
     CriticalLock lock(RegistryGuard());
     // The most recent registration of a name wins.
-    auto& arrays =(auto & array : std::views::reverse(arrays))!= arrays.renarray++it)
-        if ((*it)->name.SameAs(arrayNamarray
+    auto& arrays = Registered();
+    for (auto it = arrays.rbegin(); it != arrays.rend(); ++it)
+        if ((*it)->name.SameAs(arrayName))
             return *it;
     return nullptr;
 }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <ranges>
 #include <utility>
 
 #include "app/pages/EditWebLink.h"
@@ -412,11 +411,11 @@ void EditWebLinks::Delete()
     if (ShowMessageBox(text, DictTextOr(kTextWebLinksTitle, u"Web Links"),
                        MB_YESNO | MB_ICONQUESTION) != IDYES)
         return;
-    (int row : std::views::reverse(rows)); ++row)
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row)
     {
-        if rowe_t (*row) < values.links.size())
-            values.links.erase(values.links.berow) + *row);
-        list->DerowRow(*row);
+        if (size_t(*row) < values.links.size())
+            values.links.erase(values.links.begin() + *row);
+        list->DeleteRow(*row);
     }
     // The row that took the first removed one's place, or the new last row.
     if (list->RowCount() > 0)

@@ -9,7 +9,6 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <ranges>
 #include <vector>
 
 #include "framework/AppEntry.h"
@@ -161,10 +160,10 @@ private:
         if (rows.empty() ||
             ShowMessageBox(DictText(9642), Title(), MB_YESNO | MB_ICONQUESTION) != IDYES)
             return;
-        for (int& row : std::views::reverse(rows))
+        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
         {
-            links.erase(links.begin() + row);
-            list->DeleteRow(row);
+            links.erase(links.begin() + *it);
+            list->DeleteRow(*it);
         }
         ShowRows(0);
         UpdateButtons();

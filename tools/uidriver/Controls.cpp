@@ -2,7 +2,6 @@
 #include "tools/uidriver/UiDriver.h"
 
 #include <algorithm>
-#include <ranges>
 #include <thread>
 
 namespace UiDriver
@@ -439,8 +438,8 @@ void PressKey(HWND window, UINT virtualKey, unsigned modifiers, const std::funct
         PostMessageW(target, keyDown, key, KeyParam(key, false));
     PostMessageW(target, keyDown, virtualKey, KeyParam(virtualKey, false));
     PostMessageW(target, keyUp, virtualKey, KeyParam(virtualKey, true));
-    for (unsigned int& mod : std::views::reverse(mods))
-        PostMessageW(target, keyUp, mod, KeyParam(mod, true));
+    for (auto key = mods.rbegin(); key != mods.rend(); ++key)
+        PostMessageW(target, keyUp, *key, KeyParam(*key, true));
 
     if (done)
         WaitUntil(done, timeout);
