@@ -380,6 +380,6 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
         }
     }
     if (!english)
-        problems.push_back("no language isemplace_back(lish");
+        problems.emplace_back("no language is named English");
     return problems.size() - before;
 }
