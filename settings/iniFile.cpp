@@ -87,7 +87,7 @@ public:
     size_t count = 0;
 
 private:
-    static constexpr size_t kPiece = 64 * 1024;
+    static constexpr size_t kPiece = size_t(64) * 1024;
     // 8-bit files are converted with 32-bit lengths.
     static constexpr uint64_t kMaxNarrowBytes = uint64_t(std::numeric_limits<int32_t>::max());
 

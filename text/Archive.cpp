@@ -24,7 +24,7 @@ uint32_t NarrowCodePage(uint32_t flags)
 }
 
 // A file is read in pieces of this size (more when one read needs more).
-constexpr size_t kWindowBytes = 128 * 1024;
+constexpr size_t kWindowBytes = size_t(128) * 1024;
 } // namespace
 
 Archive::Archive() = default;
