@@ -157,9 +157,9 @@ void ToggleExceptionPolicy()
     if (!kernel)
         return;
     auto get = reinterpret_cast<GetPolicy>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "GetProcessUserModeExceptionPolicy")));
+        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "GetProcessUserModeExceptionPolicy")));
     auto set = reinterpret_cast<SetPolicy>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "SetProcessUserModeExceptionPolicy")));
+        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "SetProcessUserModeExceptionPolicy")));
     DWORD flags = 0;
     if (get && set && get(&flags))
         set(flags ^ 1);
