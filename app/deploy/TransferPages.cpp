@@ -117,7 +117,7 @@ public:
 
     // A member that indexes into `options`.
     TransferKey Choice(const char16_t* name, int32_t Values::*member,
-                       std::vector<const char16_t*> options) const
+                       const std::vector<const char16_t*>& options) const
     {
         auto& held = values;
         TransferKey key = MakeKey(
