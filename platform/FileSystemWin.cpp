@@ -186,7 +186,7 @@ public:
 
     std::u16string FinalPath(PathRef path) override
     {
-        const std::u16string given(path.View());
+        std::u16string given(path.View());
         const DWORD attributes = GetFileAttributesW(Wide(path));
         if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
             return given;
