@@ -116,7 +116,8 @@ void WriteFile(const std::string& path, const std::string& bytes)
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
         std::abort();
-    std::fclose(file);
+    if (std::fclose(file) != 0)
+        std::abort();
 }
 
 std::string Utf8WithMark(const KelText& text)
