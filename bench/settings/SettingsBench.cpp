@@ -367,7 +367,12 @@ public:
             if (at("inih/" + small) < 0 || at("inih/" + large) < 0)
                 continue;
             auto ratio = [&](const std::string& prefix, const std::string& suffix)
-            { return at(prefix + large + suffix) / at(prefix + small + suffix); };
+            {
+                std::string larger = prefix, smaller = prefix;
+                larger.append(large).append(suffix);
+                smaller.append(small).append(suffix);
+                return at(larger) / at(smaller);
+            };
             std::printf("%-6s inih x%.1f  Read 10 x%.1f  Write 10 x%.1f  Read 1000 x%.1f  Write "
                         "1000 x%.1f\n",
                         encoding, ratio("inih/", ""), ratio("ReadAll/", "/10"),

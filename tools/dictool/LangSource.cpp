@@ -362,8 +362,12 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
                 ++missingCount;
             }
         if (missingCount)
-            problems.push_back(label + ": lacks " + std::to_string(missingCount) + " text" +
-                               (missingCount == 1 ? "" : "s") + ":" + missing);
+        {
+            std::string problem = label;
+            problem.append(": lacks ").append(std::to_string(missingCount)).append(" text");
+            problem.append(missingCount == 1 ? "" : "s").append(":").append(missing);
+            problems.push_back(std::move(problem));
+        }
         if (!english || &source == english)
             continue;
         for (const auto& [number, text] : source.texts)
@@ -374,9 +378,13 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
             const std::string own = PlaceholdersOf(text);
             const std::string wanted = PlaceholdersOf(reference->second);
             if (own != wanted)
-                problems.push_back(label + ": text " + std::to_string(number) +
-                                   " has the placeholders \"" + own + "\" where English has \"" +
-                                   wanted + "\"");
+            {
+                std::string problem = label;
+                problem.append(": text ").append(std::to_string(number));
+                problem.append(" has the placeholders \"").append(own);
+                problem.append("\" where English has \"").append(wanted).append("\"");
+                problems.push_back(std::move(problem));
+            }
         }
     }
     if (!english)

@@ -45,8 +45,9 @@ void DescribeKey(HKEY root, const std::wstring& key, std::string& out)
         subKeys.emplace_back(name);
     }
     RegCloseKey(opened);
+    const std::wstring prefix = key + L"\\";
     for (const std::wstring& sub : subKeys)
-        DescribeKey(root, key + L"\\" + sub, out);
+        DescribeKey(root, prefix + sub, out);
 }
 
 fs::path KnownFolder(int csidl)

@@ -84,9 +84,10 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
             const std::string other =
                 first ? std::string("[Common Options]\nNUMPAD = ") + (round % 2 ? "ON" : "OFF")
                       : "[Product Options]\nSUPPORT = B " + std::to_string(round);
-            const Finished run = Import("[Program Paths]\n" + Utf8(side.pathKey) + " = " + folder +
-                                            "\n" + other + "\n",
-                                        side.name);
+            std::string text = "[Program Paths]\n";
+            text.append(Utf8(side.pathKey)).append(" = ").append(folder).append("\n");
+            text.append(other).append("\n");
+            const Finished run = Import(text, side.name);
             if (run.exitCode != 0 && side.failed++ == 0)
                 side.said = run.err;
             // Until this side's next import, nothing may take its value away.
