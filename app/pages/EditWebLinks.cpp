@@ -167,6 +167,7 @@ void WebLinksValues::Load()
 PageReport WebLinksValues::Save()
 {
     std::vector<StoredValue> wanted;
+    wanted.reserve(links.size());
     for (size_t i = 0; i < links.size(); ++i)
         wanted.push_back({ValueName(i, links[i]), AddressOf(links[i])});
 
