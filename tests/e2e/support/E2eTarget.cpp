@@ -293,7 +293,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show)
     int count = 0;
     wchar_t** args = CommandLineToArgvW(GetCommandLineW(), &count);
     std::wstring argument = count > 1 ? args[1] : L"";
-    LocalFree(args);
+    LocalFree(static_cast<void*>(args));
     if (argument == L"/quiet")
     {
         Sleep(300);
