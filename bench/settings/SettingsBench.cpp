@@ -184,7 +184,7 @@ struct Bindings
         const int extra = inserts == Inserts::Mixed
                               ? kNewSections * kKeysPerNewSection + kNewKeysInOldSections
                               : 0;
-        texts.resize(size_t(count + extra));
+        texts.resize(size_t(count) + size_t(extra));
         numbers.resize(size_t(count));
         reals.resize(size_t(count));
         const int sections = int(sample.sections.size());
