@@ -123,7 +123,7 @@ KelText& KelText::operator=(const char16_t* text)
 
 KelText& KelText::operator=(const KelText& other)
 {
-    if (other.buffer == buffer)
+    if (this == &other || other.buffer == buffer)
         return *this;
     if (!other.buffer || other.length == 0)
     {
