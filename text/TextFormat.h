@@ -42,7 +42,8 @@ public:
         else if constexpr (std::is_signed_v<T>)
         {
             kind = Kind::Signed;
-            asSigned = static_cast<int64_t>(value);
+            // A signed char is a small signed number here, formatted as one.
+            asSigned = static_cast<int64_t>(value); // NOLINT(bugprone-signed-char-misuse)
         }
         else
         {
