@@ -178,6 +178,8 @@ void OnCommand(int id, int code)
     case IDCANCEL:
         Finish(TARGET_CANCELLED);
         break;
+    default:
+        break;
     }
 }
 
@@ -281,6 +283,8 @@ INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             DrawAddButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
             return TRUE;
         }
+        break;
+    default:
         break;
     }
     return FALSE;
