@@ -216,16 +216,18 @@ struct Bindings
         }
         if (inserts == Inserts::Mixed)
         {
-            KelText* text = &texts[size_t(count)];
+            size_t next = size_t(count);
             for (int n = 0; n < kNewSections; ++n)
-                for (int k = 0; k < kKeysPerNewSection; ++k, ++text)
+                for (int k = 0; k < kKeysPerNewSection; ++k)
                 {
+                    KelText* text = &texts[next++];
                     *text = (u"new value " + Number(k)).c_str();
                     file.Add(new iniString((u"ADDED SECTION " + Number(n)).c_str(),
                                            (u"ADDED" + Number(k)).c_str(), text, u""));
                 }
-            for (int k = 0; k < kNewKeysInOldSections; ++k, ++text)
+            for (int k = 0; k < kNewKeysInOldSections; ++k)
             {
+                KelText* text = &texts[next++];
                 *text = u"added";
                 const size_t s = size_t(k) * size_t(sections) / kNewKeysInOldSections;
                 file.Add(new iniString(sample.sections[s].c_str(), (u"ADDED" + Number(k)).c_str(),
