@@ -14,6 +14,8 @@ class AppFrame : public Window
 {
 public:
     explicit AppFrame(Window* owner = nullptr, KelText title = KelText());
+    AppFrame(const AppFrame&) = delete;
+    AppFrame& operator=(const AppFrame&) = delete;
     ~AppFrame() override;
 
     // Records the modal flag, creates the window when it does not exist yet

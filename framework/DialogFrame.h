@@ -15,6 +15,8 @@ class DialogFrame : public AppFrame
 {
 public:
     DialogFrame(Window* owner, TemplateName templateName, const KelText& title = KelText());
+    DialogFrame(const DialogFrame&) = delete;
+    DialogFrame& operator=(const DialogFrame&) = delete;
     ~DialogFrame() override;
 
     const TemplateName& Template() const { return templateName; }
