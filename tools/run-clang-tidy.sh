@@ -36,8 +36,9 @@ root=$(pwd)
 out=build/clang-tidy
 mkdir -p "$out"
 
-# The Windows translation units: the clang preset's compile commands.
-[ -f build/clang/compile_commands.json ] || cmake --preset clang >/dev/null
+# The Windows translation units: the clang preset's compile commands (configured
+# every time, so that sources added since are in them).
+cmake --preset clang >/dev/null
 # The native-only ones.
 cmake -S . -B "$out/native" -G "Unix Makefiles" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 \
