@@ -43,7 +43,8 @@ public:
         {
             kind = Kind::Signed;
             // A signed char is a small signed number here, formatted as one.
-            asSigned = static_cast<int64_t>(value); // NOLINT(bugprone-signed-char-misuse)
+            // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c)
+            asSigned = static_cast<int64_t>(value);
         }
         else
         {
