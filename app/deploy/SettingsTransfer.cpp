@@ -90,10 +90,11 @@ void SortByLine(std::vector<LineProblem>& problems)
 
 SettingsTransfer::SettingsTransfer(AppEntry& app, SettingsContext& store, const KelText& product,
                                    const KelText& folderIn)
-    : app(app), product(product), folder(app.SettingsFolder())
+    : app(app), product(product)
 {
     app.SetSettingsFolder(folderIn);
-
+    // Read back once set: the application object normalises the folder.
+    folder = app.SettingsFolder(); // NOLINT(cppcoreguidelines-prefer-member-initializer)
     pages = MakeTransferPages(app, store, product);
 }
 
