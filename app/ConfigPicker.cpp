@@ -1,15 +1,17 @@
 #include "app/ConfigPicker.h"
 
+#include <utility>
+
 #include "app/AppResources.h"
 #include "framework/AppEntry.h"
 #include "framework/Folders.h"
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 
-ConfigPicker::ConfigPicker(std::vector<ConfigCandidate>& list, const KelText& settingsFileName,
-                           const KelText& productName)
-    : FormDialog(nullptr, kConfigPickerTemplate), candidates(list), fileName(settingsFileName),
-      product(productName)
+ConfigPicker::ConfigPicker(std::vector<ConfigCandidate>& list, KelText settingsFileName,
+                           KelText productName)
+    : FormDialog(nullptr, kConfigPickerTemplate), candidates(list),
+      fileName(std::move(settingsFileName)), product(std::move(productName))
 {
     // "Select Configuration - Plotwise": the product tells which program's
     // configuration is being chosen.

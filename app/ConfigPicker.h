@@ -12,8 +12,7 @@
 class ConfigPicker : public FormDialog
 {
 public:
-    ConfigPicker(std::vector<ConfigCandidate>& candidates, const KelText& fileName,
-                 const KelText& product);
+    ConfigPicker(std::vector<ConfigCandidate>& candidates, KelText fileName, KelText product);
 
     int32_t InitPage() override;
     // Confirms the selected row; refuses (alert) when none is selected.

@@ -1,6 +1,7 @@
 #include "app/KelConfigDialog.h"
 
 #include <memory>
+#include <utility>
 
 #include "app/deploy/ConfigHistory.h"
 #include "app/pages/EditCADOptions.h"
@@ -15,10 +16,10 @@
 #include "text/TextHolder.h"
 #include "text/TextNumbers.h"
 
-KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, const KelText& productName,
+KelConfigDialog::KelConfigDialog(Window* parent, const KelText& title, KelText productName,
                                  const KelText& settingsFileName)
-    : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")), product(productName),
-      settingsFileName(settingsFileName)
+    : StandardPropertyDialog(parent, title, 0, 1, 0, KelText(u"EditKel")),
+      product(std::move(productName)), settingsFileName(settingsFileName)
 {
     // Pages in tab order. The message switches close every product's list.
     MakePage<EditProgramPaths>();

@@ -9,7 +9,7 @@ class KelConfigDialog : public StandardPropertyDialog
 public:
     // `title` is the formatted window title; `settingsFileName` "KEL.INI" or
     // "QUORLIN.INI".
-    KelConfigDialog(Window* parent, const KelText& title, const KelText& product,
+    KelConfigDialog(Window* parent, const KelText& title, KelText product,
                     const KelText& settingsFileName);
     ~KelConfigDialog() override;
 

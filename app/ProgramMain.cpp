@@ -117,6 +117,9 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
     {
         AppEntry& app;
         KelConfigDialog* frame;
+        MainFrameScope(AppEntry& entry, KelConfigDialog* dialog) : app(entry), frame(dialog) {}
+        MainFrameScope(const MainFrameScope&) = delete;
+        MainFrameScope& operator=(const MainFrameScope&) = delete;
         ~MainFrameScope()
         {
             if (app.MainFrame() == frame)
@@ -125,7 +128,7 @@ int32_t ProgramMain(AppEntry* app, const KelText& commandLine, int showCommand)
     } scope{*app, dialog.get()};
     if (!app->MainFrame())
         app->SetMainFrame(dialog.get());
-    dialog->Show(1);
+    dialog->Show(true);
     return 0;
 }
 
@@ -154,9 +157,9 @@ void ToggleExceptionPolicy()
     if (!kernel)
         return;
     auto get = reinterpret_cast<GetPolicy>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "GetProcessUserModeExceptionPolicy")));
+        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "GetProcessUserModeExceptionPolicy")));
     auto set = reinterpret_cast<SetPolicy>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "SetProcessUserModeExceptionPolicy")));
+        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "SetProcessUserModeExceptionPolicy")));
     DWORD flags = 0;
     if (get && set && get(&flags))
         set(flags ^ 1);

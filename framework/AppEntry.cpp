@@ -24,10 +24,11 @@ char16_t LocaleUnit(LCTYPE type, char16_t fallback)
 
 AppEntry::AppEntry(HINSTANCE givenInstance, HWND hostWindow, HINSTANCE givenResources,
                    AppInteraction* interaction)
-    : AppInterface(interaction), sharedArray(u"KEL_SafeThreadArrayAccess")
+    : AppInterface(interaction), sharedArray(u"KEL_SafeThreadArrayAccess"),
+      threadId(GetCurrentThreadId())
 {
     typeTag = kAppEntryTag;
-    threadId = GetCurrentThreadId();
+
     // Before any DLL is loaded by name: never from the current folder.
     RestrictDllSearch();
 

@@ -35,6 +35,8 @@ public:
     // `interaction` replaces the system's windows from the start (tests).
     AppEntry(HINSTANCE instance, HWND hostWindow = nullptr, HINSTANCE resourceInstance = nullptr,
              AppInteraction* interaction = nullptr);
+    AppEntry(const AppEntry&) = delete;
+    AppEntry& operator=(const AppEntry&) = delete;
     ~AppEntry() override;
 
     // Debug warnings are not shown or logged by this application.

@@ -151,8 +151,12 @@ void AppEntry::EndWait(Window* window)
     if (backgroundBusy > 0)
     {
         CriticalLock lock(guard);
-        if (backgroundBusy > 0 && --backgroundBusy == 0)
-            lastIdleTick = GetTickCount();
+        if (backgroundBusy > 0)
+        {
+            --backgroundBusy;
+            if (backgroundBusy == 0)
+                lastIdleTick = GetTickCount();
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "framework/AppFrame.h"
 
+#include <utility>
+
 #include "framework/AppEntry.h"
 #include "text/WideText.h"
 
@@ -14,7 +16,9 @@ HINSTANCE ProgramModule()
 }
 } // namespace
 
-AppFrame::AppFrame(Window* ownerWindow, const KelText& text) : owner(ownerWindow), title(text) {}
+AppFrame::AppFrame(Window* ownerWindow, KelText text) : owner(ownerWindow), title(std::move(text))
+{
+}
 
 AppFrame::~AppFrame()
 {

@@ -13,7 +13,9 @@
 class AppFrame : public Window
 {
 public:
-    explicit AppFrame(Window* owner = nullptr, const KelText& title = KelText());
+    explicit AppFrame(Window* owner = nullptr, KelText title = KelText());
+    AppFrame(const AppFrame&) = delete;
+    AppFrame& operator=(const AppFrame&) = delete;
     ~AppFrame() override;
 
     // Records the modal flag, creates the window when it does not exist yet
@@ -38,7 +40,7 @@ public:
     // The title given at construction or set since. Setting it renames an
     // existing window as well.
     const KelText& Title() const { return title; }
-    void SetTitle(const KelText& text);
+    virtual void SetTitle(const KelText& text);
     // Window style bits to add and to remove: kept for creation and applied at
     // once to an existing window (WS_MINIMIZEBOX, ...).
     void SetStyleBits(DWORD add, DWORD remove = 0);

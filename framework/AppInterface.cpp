@@ -26,6 +26,8 @@ AppEntry* GetAppEntry()
 {
     if (!currentApplication || currentApplication->TypeTag() != AppInterface::kAppEntryTag)
         return nullptr;
+    // The type tag checked above says what the object is.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast)
     return static_cast<AppEntry*>(currentApplication);
 }
 

@@ -14,7 +14,7 @@ public:
     void Leave() { LeaveCriticalSection(&section); }
 
 private:
-    CRITICAL_SECTION section;
+    CRITICAL_SECTION section{};
 };
 
 // Holds a critical section for the lifetime of the object.

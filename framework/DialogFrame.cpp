@@ -8,8 +8,8 @@
 #include "framework/SystemLibrary.h"
 #include "text/WideText.h"
 
-DialogFrame::DialogFrame(Window* owner, const TemplateName& name, const KelText& title)
-    : AppFrame(owner, title), templateName(name)
+DialogFrame::DialogFrame(Window* owner, TemplateName name, const KelText& title)
+    : AppFrame(owner, title), templateName(std::move(name))
 {
 }
 

@@ -14,7 +14,9 @@
 class DialogFrame : public AppFrame
 {
 public:
-    DialogFrame(Window* owner, const TemplateName& templateName, const KelText& title = KelText());
+    DialogFrame(Window* owner, TemplateName templateName, const KelText& title = KelText());
+    DialogFrame(const DialogFrame&) = delete;
+    DialogFrame& operator=(const DialogFrame&) = delete;
     ~DialogFrame() override;
 
     const TemplateName& Template() const { return templateName; }

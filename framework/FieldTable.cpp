@@ -25,7 +25,7 @@ int32_t StoredField::OptionIndex(const KelText& value) const
 
 // --- FieldTable -------------------------------------------------------------------
 
-FieldTable::FieldTable(const KelText& productName) : product(productName) {}
+FieldTable::FieldTable(KelText productName) : product(std::move(productName)) {}
 
 FieldTable::~FieldTable() = default;
 

@@ -87,7 +87,7 @@ public:
         return *this;
     }
 
-    Kind kind;
+    Kind kind = Kind::Dword;
     FieldBranch branch = FieldBranch::Product;
     // Registry: the sub-key below the branch ("" for the branch itself).
     // Settings file: the section.
@@ -137,7 +137,7 @@ class FieldTable
 {
 public:
     // `product` names the branch of FieldBranch::Product fields.
-    explicit FieldTable(const KelText& product);
+    explicit FieldTable(KelText product);
     ~FieldTable();
     FieldTable(const FieldTable&) = delete;
     FieldTable& operator=(const FieldTable&) = delete;

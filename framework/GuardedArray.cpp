@@ -1,6 +1,7 @@
 #include "framework/GuardedArray.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -19,7 +20,7 @@ std::vector<GuardedArray*>& Registered()
 }
 } // namespace
 
-GuardedArray::GuardedArray(const KelText& arrayName) : name(arrayName)
+GuardedArray::GuardedArray(KelText arrayName) : name(std::move(arrayName))
 {
     CriticalLock lock(RegistryGuard());
     Registered().push_back(this);

@@ -13,7 +13,7 @@ class GuardedArray
 {
 public:
     // Registers the array under `name` (process-wide) until destruction.
-    explicit GuardedArray(const KelText& name);
+    explicit GuardedArray(KelText name);
     ~GuardedArray();
     GuardedArray(const GuardedArray&) = delete;
     GuardedArray& operator=(const GuardedArray&) = delete;

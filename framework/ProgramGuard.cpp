@@ -24,7 +24,7 @@ void ReportEscapedFailure(const char* what) noexcept
             MessageBoxW(nullptr, AsWide(message + u"\n\n" + detail), L"Problem",
                         MB_OK | MB_ICONHAND);
     }
-    catch (...)
+    catch (...) // NOLINT(bugprone-empty-catch): nothing is left to report with
     {
         // The report itself failed (out of memory): the program ends without it.
     }

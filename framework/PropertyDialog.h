@@ -17,6 +17,8 @@ class PropertyDialog : public DialogFrame
 {
 public:
     PropertyDialog(Window* owner, const TemplateName& frameTemplate, const KelText& title);
+    PropertyDialog(const PropertyDialog&) = delete;
+    PropertyDialog& operator=(const PropertyDialog&) = delete;
     ~PropertyDialog() override;
 
     // Appends a page and takes it. A page whose template is missing is not

@@ -26,7 +26,7 @@ public:
     // The dialog holding the page, null when it runs on its own.
     PropertyDialog* Container() const { return container; }
     // Renames the page and its tab.
-    void SetTitle(const KelText& text);
+    void SetTitle(const KelText& text) override;
     int32_t Flags() const { return pageFlags; }
 
     // Makes the page the current page of its dialog (see FormDialog).

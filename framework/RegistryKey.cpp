@@ -105,7 +105,7 @@ bool RegistryKey::SplitPath(const KelText& path, HKEY& root, KelText& subPath)
 bool RegistryKey::Open(const KelText& keyPath, Access access)
 {
     Close();
-    HKEY root;
+    HKEY root = nullptr;
     KelText subPath;
     if (!SplitPath(keyPath, root, subPath))
         return false;
@@ -123,7 +123,7 @@ bool RegistryKey::Open(const KelText& keyPath, Access access)
 bool RegistryKey::Create(const KelText& keyPath, bool volatileBelowVolatile)
 {
     Close();
-    HKEY root;
+    HKEY root = nullptr;
     KelText subPath;
     if (!SplitPath(keyPath, root, subPath) || RefusedPath(keyPath))
         return false;
@@ -378,7 +378,7 @@ bool RegistryKey::Exists(const KelText& path)
 
 bool RegistryKey::DeleteTree(const KelText& path)
 {
-    HKEY root;
+    HKEY root = nullptr;
     KelText subPath;
     if (!SplitPath(path, root, subPath) || subPath.IsEmpty())
         return false;
@@ -388,7 +388,7 @@ bool RegistryKey::DeleteTree(const KelText& path)
 
 bool RegistryKey::DeleteIfEmpty(const KelText& path)
 {
-    HKEY root;
+    HKEY root = nullptr;
     KelText subPath;
     RegistryKeyInfo info;
     if (!SplitPath(path, root, subPath) || subPath.IsEmpty() || RefusedPath(path) ||

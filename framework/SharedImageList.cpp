@@ -11,6 +11,9 @@ struct SharedList
     HIMAGELIST list = nullptr;
     int32_t size = 16;
     bool made = false;
+    SharedList() = default;
+    SharedList(const SharedList&) = delete;
+    SharedList& operator=(const SharedList&) = delete;
     ~SharedList()
     {
         if (list)

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/AppEntry.h"
 #include "framework/FrameworkResources.h"
@@ -42,9 +43,9 @@ void WriteIfChanged(RegistryKey& key, const char16_t* name, int32_t value)
 } // namespace
 
 StandardPropertyDialog::StandardPropertyDialog(Window* owner, const KelText& title, int32_t view,
-                                               int32_t apply, int32_t start, const KelText& key)
+                                               int32_t apply, int32_t start, KelText key)
     : PropertyDialog(owner, kPropertyFrameTemplate, title), pageView(view), showApply(apply != 0),
-      startPage(start), placementKey(key)
+      startPage(start), placementKey(std::move(key))
 {
 }
 

@@ -27,7 +27,7 @@ public:
     // registry key, below the application's key of the current user, that
     // keeps the window's place (empty: not kept).
     StandardPropertyDialog(Window* owner, const KelText& title, int32_t pageView, int32_t showApply,
-                           int32_t startPage, const KelText& placementKey);
+                           int32_t startPage, KelText placementKey);
     ~StandardPropertyDialog() override;
 
     // As AppFrame::Show; the dialog also becomes the application's main

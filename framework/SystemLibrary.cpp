@@ -55,6 +55,9 @@ bool EnterComOnThisThread()
         bool tried = false;
         bool usable = false;
         bool entered = false;
+        Apartment() = default;
+        Apartment(const Apartment&) = delete;
+        Apartment& operator=(const Apartment&) = delete;
         ~Apartment()
         {
             if (entered)

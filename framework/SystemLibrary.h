@@ -20,8 +20,10 @@ Function GetProc(HMODULE module, const char* name)
 {
     if (!module)
         return nullptr;
-    // Through void*: the casts between function pointer types are deliberate.
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    // Through void (*)(), the type that stands for any function (gcc's
+    // -Wcast-function-type lets it pass); a data pointer such as void* need
+    // not hold a function's address.
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
 }
 
 // ole32.dll, loaded on the first call and kept for the rest of the process:

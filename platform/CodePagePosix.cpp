@@ -39,11 +39,12 @@ uint32_t DecodeUtf8(unsigned char lead, const unsigned char*& at, const unsigned
         at = end;
         return invalidSequence;
     }
-    unsigned char bits;
+    unsigned char bits = 0;
     switch (length)
     {
     case 3:
-        if ((bits = last[-3] ^ 0x80) >= 0x40)
+        bits = last[-3] ^ 0x80;
+        if (bits >= 0x40)
             break;
         value = (value << 6) | bits;
         ++at;
@@ -51,7 +52,8 @@ uint32_t DecodeUtf8(unsigned char lead, const unsigned char*& at, const unsigned
             break;
         [[fallthrough]];
     case 2:
-        if ((bits = last[-2] ^ 0x80) >= 0x40)
+        bits = last[-2] ^ 0x80;
+        if (bits >= 0x40)
             break;
         value = (value << 6) | bits;
         if (value >= (0x110000 >> 6))
@@ -63,7 +65,8 @@ uint32_t DecodeUtf8(unsigned char lead, const unsigned char*& at, const unsigned
             break;
         [[fallthrough]];
     case 1:
-        if ((bits = last[-1] ^ 0x80) >= 0x40)
+        bits = last[-1] ^ 0x80;
+        if (bits >= 0x40)
             break;
         value = (value << 6) | bits;
         ++at;

@@ -124,7 +124,7 @@ FileLock FileSystem::Lock(PathRef path)
     const std::u16string lockPath = LockPathFor(FinalPath(path));
     const std::u16string key = Folded(lockPath);
     {
-        std::lock_guard<std::mutex> guard(heldMutex);
+        std::scoped_lock guard(heldMutex);
         const auto found = HeldLocks().find(key);
         if (found != HeldLocks().end())
         {
@@ -145,7 +145,7 @@ FileLock FileSystem::Lock(PathRef path)
         const LockAttempt attempt = TryLockFile(PathRef(lockPath.c_str()), handle);
         if (attempt != LockAttempt::Busy)
         {
-            std::lock_guard<std::mutex> guard(heldMutex);
+            std::scoped_lock guard(heldMutex);
             HeldLock& held = HeldLocks()[key];
             held.count = 1;
             held.handle = attempt == LockAttempt::Taken ? handle : nullptr;
@@ -167,7 +167,7 @@ void FileSystem::Unlock(const std::u16string& key)
 {
     HeldLock released;
     {
-        std::lock_guard<std::mutex> guard(heldMutex);
+        std::scoped_lock guard(heldMutex);
         const auto found = HeldLocks().find(key);
         if (found == HeldLocks().end() || --found->second.count > 0)
             return;

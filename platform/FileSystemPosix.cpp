@@ -16,7 +16,7 @@ namespace
 {
 struct FileCloser
 {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
@@ -102,14 +102,14 @@ public:
             return false;
         // Sized once from the file's size, so that a large file is not
         // copied again each time the text grows; read on in case it grew.
-        struct stat info;
+        struct stat info = {};
         if (::fstat(::fileno(file.get()), &info) == 0 && info.st_size > 0)
         {
             bytes.resize(size_t(info.st_size));
             bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
         }
         char chunk[65536];
-        size_t got;
+        size_t got = 0;
         while ((got = std::fread(chunk, 1, sizeof chunk, file.get())) > 0)
             bytes.append(chunk, got);
         return !std::ferror(file.get());
@@ -120,7 +120,7 @@ public:
         if (path.IsEmpty())
             return nullptr;
         File file(std::fopen(path.ToUtf8().c_str(), "rb"));
-        struct stat info;
+        struct stat info = {};
         if (!file || ::fstat(::fileno(file.get()), &info) != 0)
             return nullptr;
         return std::make_unique<Reader>(std::move(file), uint64_t(info.st_size));
@@ -129,7 +129,7 @@ public:
     FileState Query(PathRef path) override
     {
         FileState state;
-        struct stat info;
+        struct stat info = {};
         if (path.IsEmpty() || ::stat(path.ToUtf8().c_str(), &info) != 0)
             return state;
         state.exists = true;
@@ -156,7 +156,7 @@ public:
     std::u16string FinalPath(PathRef path) override
     {
         const std::string utf8 = path.ToUtf8();
-        struct stat info;
+        struct stat info = {};
         if (::lstat(utf8.c_str(), &info) != 0 || !S_ISLNK(info.st_mode))
             return std::u16string(path.View());
         char resolved[PATH_MAX];
@@ -186,7 +186,7 @@ public:
         const std::string from = temporary.ToUtf8();
         const std::string to = target.ToUtf8();
         // The replacement takes the target's permissions.
-        struct stat info;
+        struct stat info = {};
         if (::stat(to.c_str(), &info) == 0)
             ::chmod(from.c_str(), info.st_mode & 07777);
         if (::rename(from.c_str(), to.c_str()) != 0)
@@ -229,7 +229,7 @@ public:
                                                                        : LockAttempt::Busy;
         if (::flock(fd.Get(), LOCK_EX | LOCK_NB) != 0)
             return LockAttempt::Busy;
-        struct stat held, named;
+        struct stat held = {}, named = {};
         if (::fstat(fd.Get(), &held) != 0 || ::stat(path.c_str(), &named) != 0 ||
             held.st_ino != named.st_ino || held.st_dev != named.st_dev)
             return LockAttempt::Busy;

@@ -309,7 +309,7 @@ public:
 
     std::u16string FinalPath(PathRef path) override
     {
-        const std::u16string given(path.View());
+        std::u16string given(path.View());
         const DWORD attributes = GetFileAttributesW(Wide(path));
         if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
             return given;
@@ -323,9 +323,9 @@ public:
             return given;
         std::u16string final(reinterpret_cast<const char16_t*>(buffer), length);
         // "\\?\C:\..." and "\\?\UNC\server\..." back to the usual forms.
-        if (final.rfind(u"\\\\?\\UNC\\", 0) == 0)
+        if (final.starts_with(u"\\\\?\\UNC\\"))
             final = u"\\\\" + final.substr(8);
-        else if (final.rfind(u"\\\\?\\", 0) == 0)
+        else if (final.starts_with(u"\\\\?\\"))
             final = final.substr(4);
         return final;
     }

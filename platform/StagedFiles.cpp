@@ -78,8 +78,9 @@ bool StagedFiles::Remove(PathRef path)
 WriteResult StagedFiles::Commit(std::u16string& failedPath)
 {
     std::vector<std::pair<int, std::u16string>> names;
+    names.reserve(written.size());
     for (const auto& [name, bytes] : written)
-        names.push_back({order.count(name) ? order[name] : 0, name});
+        names.emplace_back(order.count(name) ? order[name] : 0, name);
     std::sort(names.begin(), names.end());
     WriteResult result;
     for (const auto& [when, name] : names)

@@ -1,6 +1,7 @@
 #include "settings/iniBlocks.h"
 
 #include <algorithm>
+#include <utility>
 
 // ---------------------------------------------------------------------------
 // iniBlock
@@ -73,9 +74,9 @@ void iniBlock::Read(iniLines& lines)
 // iniEquBlock
 
 iniEquBlock::iniEquBlock(const KelText& section_, TextPtrArray* names_, TextPtrArray* values_,
-                         const KelText& defaultName_, const KelText& defaultValue_)
-    : iniBlock(section_), names(names_), values(values_), defaultName(defaultName_),
-      defaultValue(defaultValue_)
+                         KelText defaultName_, KelText defaultValue_)
+    : iniBlock(section_), names(names_), values(values_), defaultName(std::move(defaultName_)),
+      defaultValue(std::move(defaultValue_))
 {
 }
 

@@ -41,7 +41,7 @@ class iniEquBlock : public iniBlock
 {
 public:
     iniEquBlock(const KelText& section, TextPtrArray* names, TextPtrArray* values,
-                const KelText& defaultName, const KelText& defaultValue);
+                KelText defaultName, KelText defaultValue);
     ~iniEquBlock() override;
     // name + "=" + value, for indexes below the shorter list's length.
     KelText GetItem(int32_t index) const override;

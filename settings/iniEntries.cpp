@@ -1,5 +1,7 @@
 #include "settings/iniEntries.h"
 
+#include <utility>
+
 #include "text/AppServices.h"
 
 namespace
@@ -24,7 +26,10 @@ KelText HeaderLine(const KelText& section)
 // ---------------------------------------------------------------------------
 // iniStruct
 
-iniStruct::iniStruct(const KelText& section_, const KelText& key_) : section(section_), key(key_) {}
+iniStruct::iniStruct(KelText section_, KelText key_)
+    : section(std::move(section_)), key(std::move(key_))
+{
+}
 
 iniStruct::~iniStruct() = default;
 
@@ -228,8 +233,8 @@ void iniColor::SetText(const char16_t* text)
 // iniString
 
 iniString::iniString(const KelText& section_, const KelText& key_, KelText* target_,
-                     const KelText& defaultValue_)
-    : iniStruct(section_, key_), target(target_), defaultValue(defaultValue_)
+                     KelText defaultValue_)
+    : iniStruct(section_, key_), target(target_), defaultValue(std::move(defaultValue_))
 {
 }
 

@@ -18,7 +18,7 @@
 class iniStruct
 {
 public:
-    iniStruct(const KelText& section, const KelText& key);
+    iniStruct(KelText section, KelText key);
     iniStruct(const iniStruct&) = delete;
     iniStruct& operator=(const iniStruct&) = delete;
 
@@ -115,8 +115,7 @@ public:
 class iniString : public iniStruct
 {
 public:
-    iniString(const KelText& section, const KelText& key, KelText* target,
-              const KelText& defaultValue);
+    iniString(const KelText& section, const KelText& key, KelText* target, KelText defaultValue);
     KelText GetText() const override;
     void SetText(const char16_t* text) override;
     ~iniString() override;

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/CodePage.h"
 #include "platform/FileSystem.h"
@@ -90,7 +91,7 @@ public:
     size_t count = 0;
 
 private:
-    static constexpr size_t kPiece = 64 * 1024;
+    static constexpr size_t kPiece = size_t(64) * 1024;
     // 8-bit files are converted with 32-bit lengths.
     static constexpr uint64_t kMaxNarrowBytes = uint64_t(std::numeric_limits<int32_t>::max());
 
@@ -175,7 +176,7 @@ private:
 };
 } // namespace
 
-iniFile::iniFile(const KelText& path_) : path(path_) {}
+iniFile::iniFile(KelText path_) : path(std::move(path_)) {}
 
 iniFile::~iniFile() = default;
 

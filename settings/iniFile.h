@@ -50,7 +50,7 @@
 class iniFile
 {
 public:
-    explicit iniFile(const KelText& path);
+    explicit iniFile(KelText path);
     ~iniFile();
     iniFile(const iniFile&) = delete;
     iniFile& operator=(const iniFile&) = delete;

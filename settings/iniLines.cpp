@@ -225,7 +225,7 @@ iniLines::~iniLines()
 
 iniLine* iniLines::NewLine(std::u16string_view text)
 {
-    iniLine* line;
+    iniLine* line = nullptr;
     if (freeLines)
     {
         line = freeLines;
@@ -257,7 +257,7 @@ void iniLines::FreeText(iniLine* line)
 char16_t* iniLines::TextRoom(size_t units)
 {
     // Texts share blocks; a long one has a block of its own.
-    constexpr size_t kBlock = 32 * 1024;
+    constexpr size_t kBlock = size_t(32) * 1024;
     if (units > kBlock / 4)
     {
         textBlocks.emplace_back(new char16_t[units]);

@@ -28,7 +28,7 @@ uint32_t NarrowCodePage(uint32_t flags)
 // bytes (in pieces of 128 KB, a one-language load of a large dictionary took
 // 1.4 times its floor, in pieces of 1 MB 1.0 times), small enough that a load
 // holds only a part of a large file at a time.
-constexpr size_t kWindowBytes = 1024 * 1024;
+constexpr size_t kWindowBytes = size_t(1024) * 1024;
 } // namespace
 
 Archive::Archive() = default;

@@ -123,7 +123,7 @@ KelText& KelText::operator=(const char16_t* text)
 
 KelText& KelText::operator=(const KelText& other)
 {
-    if (other.buffer == buffer)
+    if (this == &other || other.buffer == buffer)
         return *this;
     if (!other.buffer || other.length == 0)
     {
@@ -614,7 +614,7 @@ uint64_t KelText::HexValue() const
     for (int32_t i = 0; i < length && i < 16; ++i)
     {
         const char16_t ch = buffer[i];
-        uint64_t digit;
+        uint64_t digit = 0;
         if (ch >= u'0' && ch <= u'9')
             digit = ch - u'0';
         else if (ch >= u'a' && ch <= u'f')

@@ -23,6 +23,7 @@ public:
     MsgSwitchList() = default;
     MsgSwitchList(const MsgSwitchList&) = delete;
     MsgSwitchList& operator=(const MsgSwitchList&) = delete;
+    ~MsgSwitchList() = default;
 
     // Adds a switch. A code that is already known keeps its first text and
     // name: the call then answers 0 and changes nothing; otherwise 1.

@@ -12,7 +12,7 @@ inline int32_t GrowthCapacity(int32_t n)
 {
     if (n < 0)
         n = 0;
-    int32_t step;
+    int32_t step = 0;
     if (n < 4)
         step = 4;
     else if (n < 65)
@@ -44,7 +44,7 @@ public:
     ~PointerList()
     {
         Clear();
-        std::free(items);
+        std::free(static_cast<void*>(items));
     }
 
     int32_t Count() const { return count; }
@@ -63,7 +63,7 @@ public:
         if (n <= capacity)
             return true;
         const int32_t wanted = GrowthCapacity(n);
-        void* fresh = std::realloc(items, size_t(wanted) * sizeof(T*));
+        void* fresh = std::realloc(static_cast<void*>(items), size_t(wanted) * sizeof(T*));
         if (!fresh)
             return false;
         items = static_cast<T**>(fresh);

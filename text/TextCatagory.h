@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "text/Archive.h"
@@ -16,7 +17,7 @@ public:
     static constexpr uint32_t Tag = 2;
 
     TextCatagory() = default;
-    TextCatagory(uint32_t number, const KelText& name) : number(number), name(name) {}
+    TextCatagory(uint32_t number, KelText name) : number(number), name(std::move(name)) {}
 
     uint32_t Number() const { return number; }
     void SetNumber(uint32_t value) { number = value; }

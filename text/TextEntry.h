@@ -8,7 +8,9 @@
 
 // A list of 32-bit numbers walked by position. The last position reached is
 // cached, so walking the list in order costs one step per element.
-class NumberChain
+// Copying takes the numbers and not the cached position, which points into
+// the other list; moving is that same copy on purpose (no move members).
+class NumberChain // NOLINT(cppcoreguidelines-special-member-functions)
 {
 public:
     NumberChain() = default;

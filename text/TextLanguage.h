@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <utility>
 
 #include "text/Archive.h"
 #include "text/KelText.h"
@@ -18,7 +19,7 @@ public:
     static constexpr uint32_t Tag = 3;
 
     TextLanguage() = default;
-    explicit TextLanguage(const KelText& name) : name(name) {}
+    explicit TextLanguage(KelText name) : name(std::move(name)) {}
 
     // The name users pick, e.g. "Deutsch".
     KelText& Name() { return name; }

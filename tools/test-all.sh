@@ -9,12 +9,14 @@
 #      screenshots,
 #   3. builds the portable layers natively and runs their tests under
 #      AddressSanitizer and UndefinedBehaviorSanitizer,
-#   4. measures coverage (tools/coverage.sh): the Windows tree built again
+#   4. compiles every source of the Windows build with clang as well and runs
+#      clang-tidy over every source (fails on any finding),
+#   5. measures coverage (tools/coverage.sh): the Windows tree built again
 #      with gcc's coverage counters, its tests run under Wine, and the
 #      counters of both runs printed as a table per folder,
-#   5. builds the fuzz targets with clang and runs each one briefly, printing
+#   6. builds the fuzz targets with clang and runs each one briefly, printing
 #      its inputs per second,
-#   6. builds the benchmarks (run them with tools/run-benchmarks.sh).
+#   7. builds the benchmarks (run them with tools/run-benchmarks.sh).
 # Exits non-zero on the first failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -56,6 +58,12 @@ cmake --build --preset native -j "$jobs"
 
 step "native tests (ASan + UBSan)"
 ctest --preset native -j "$jobs"
+
+step "clang build (compile only)"
+bash tools/clang-compile.sh --jobs "$jobs"
+
+step "clang-tidy"
+bash tools/run-clang-tidy.sh --jobs "$jobs"
 
 step "coverage (gcc --coverage, Windows tests under Wine and native tests)"
 bash tools/coverage.sh --native-ran

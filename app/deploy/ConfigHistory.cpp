@@ -223,10 +223,11 @@ std::vector<HistoryEntry> ConfigHistory::Entries(std::vector<KelText>& damaged) 
 {
     std::vector<HistoryEntry> entries;
     std::vector<uint64_t> ids = Ids();
-    for (auto id = ids.rbegin(); id != ids.rend(); ++id)
+    std::reverse(ids.begin(), ids.end());
+    for (const uint64_t id : ids)
     {
         HistoryEntry entry;
-        entry.id = IdText(*id);
+        entry.id = IdText(id);
         std::string bytes;
         if (!GetFileSystem().ReadBytes(folder + entry.id + kExtension, bytes) ||
             !Parse(bytes, entry))

@@ -277,7 +277,7 @@ KelText FindKelCfgConfiguration(AppEntry& app, const KelCfgRequest& request, Cfg
     const KelText fileName = SettingsFileNameFor(request.product);
     if (!request.config.IsEmpty())
     {
-        const KelText folder = FullFolder(request.config);
+        KelText folder = FullFolder(request.config);
         if (FolderHoldsFile(app, folder, fileName))
             return folder;
         for (const ConfigCandidate& candidate :

@@ -93,7 +93,8 @@ SettingsTransfer::SettingsTransfer(AppEntry& app, SettingsContext& store, const 
     : app(app), product(product)
 {
     app.SetSettingsFolder(folderIn);
-    folder = app.SettingsFolder();
+    // Read back once set: the application object normalises the folder.
+    folder = app.SettingsFolder(); // NOLINT(cppcoreguidelines-prefer-member-initializer)
     pages = MakeTransferPages(app, store, product);
 }
 
@@ -270,7 +271,7 @@ TransferOutcome SettingsTransfer::Import(const std::string& bytes, Mode mode)
                 {section.line, Say(kTextCfgSectionTwice, page->Section(), seen->second)});
             continue;
         }
-        seenSections.push_back({page, section.line});
+        seenSections.emplace_back(page, section.line);
 
         for (const TransferValue& value : section.values)
         {

@@ -195,7 +195,7 @@ void StateSnapshot::AddRegistryTree(const KelText& keyPath)
                                [&path](const Tree& tree)
                                { return StartsWithFolded(tree.path, path); }),
                 trees.end());
-    HKEY root;
+    HKEY root = nullptr;
     KelText subPath;
     if (!RegistryKey::SplitPath(path, root, subPath) || subPath.IsEmpty())
         return;
@@ -473,7 +473,7 @@ bool StateSnapshot::FromBytes(const std::string& bytes)
     {
         Tree tree;
         uint32_t existed = 0;
-        HKEY root;
+        HKEY root = nullptr;
         KelText subPath;
         good = in.Text(tree.path) && in.Number(existed) && existed <= 1 &&
                in.Text(tree.existingParent) && ReadKeyBytes(in, tree.key, 0) &&

@@ -81,7 +81,7 @@ bool DecodeTransferBytes(const std::string& bytes, KelText& text, int32_t& badLi
     }
     else
     {
-        const bool marked = bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
+        const bool marked = bytes.size() >= 3 && bytes.starts_with("\xEF\xBB\xBF");
         if (!DecodeUtf8(bytes, marked ? 3 : 0, units, badLine))
             return false;
     }

@@ -1,6 +1,7 @@
 #include "app/deploy/TransferPages.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/ProductTable.h"
 #include "app/SettingsContext.h"
@@ -116,7 +117,7 @@ public:
 
     // A member that indexes into `options`.
     TransferKey Choice(const char16_t* name, int32_t Values::*member,
-                       std::vector<const char16_t*> options) const
+                       const std::vector<const char16_t*>& options) const
     {
         auto& held = values;
         TransferKey key = MakeKey(
@@ -179,8 +180,8 @@ KelText ApplicationKey(const AppEntry& app, const char16_t* sub)
 class ProgramPathsTransfer final : public TransferPage
 {
 public:
-    ProgramPathsTransfer(SettingsContext& store, const KelText& product, const KelText& path)
-        : store(store), product(product), path(path)
+    ProgramPathsTransfer(SettingsContext& store, KelText product, KelText path)
+        : store(store), product(std::move(product)), path(std::move(path))
     {
         Load();
         // Each kind once, in the product's order (a product may list one twice).
@@ -227,7 +228,7 @@ private:
 class CadOptionsTransfer final : public TransferPage
 {
 public:
-    CadOptionsTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    CadOptionsTransfer(AppEntry& app, KelText product) : app(app), product(std::move(product))
     {
         Load();
         using V = CadOptionsValues;
@@ -274,7 +275,7 @@ private:
 class TyxOptionsTransfer final : public TransferPage
 {
 public:
-    TyxOptionsTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    TyxOptionsTransfer(AppEntry& app, KelText product) : app(app), product(std::move(product))
     {
         Load();
         using V = TyxOptionsValues;
@@ -321,7 +322,7 @@ private:
 class WebLinksTransfer final : public TransferPage
 {
 public:
-    WebLinksTransfer(AppEntry& app, const KelText& product) : app(app), product(product)
+    explicit WebLinksTransfer(KelText product) : product(std::move(product))
     {
         Load();
         TransferKey key = MakeKey(
@@ -361,7 +362,6 @@ public:
     TransferPlaces Places() const override { return {{}, {values->KeyPath()}}; }
 
 private:
-    AppEntry& app;
     KelText product;
     std::unique_ptr<WebLinksValues> values;
 };
@@ -371,8 +371,8 @@ private:
 class CommonOptionsTransfer final : public TransferPage
 {
 public:
-    CommonOptionsTransfer(AppEntry& app, const KelText& product, const KelText& fileName)
-        : app(app), product(product), fileName(fileName)
+    CommonOptionsTransfer(AppEntry& app, KelText product, KelText fileName)
+        : app(app), product(std::move(product)), fileName(std::move(fileName))
     {
         Load();
         using V = CommonOptionsValues;
@@ -507,7 +507,7 @@ std::vector<std::unique_ptr<TransferPage>> MakeTransferPages(AppEntry& app, Sett
     else if (product != u"Ledgerline")
     {
         pages.push_back(std::make_unique<TyxOptionsTransfer>(app, product));
-        pages.push_back(std::make_unique<WebLinksTransfer>(app, product));
+        pages.push_back(std::make_unique<WebLinksTransfer>(product));
     }
     pages.push_back(std::make_unique<CommonOptionsTransfer>(app, product, fileName));
     pages.push_back(std::make_unique<MessagePromptsTransfer>(app));

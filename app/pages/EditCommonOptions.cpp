@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "app/ConfigCheck.h"
@@ -37,8 +38,8 @@ KelText InFolder(const KelText& folder, const KelText& name)
 
 // --- CommonOptionsValues -------------------------------------------------------------
 
-CommonOptionsValues::CommonOptionsValues(const KelText& productName, const KelText& fileName)
-    : product(productName), settingsFileName(fileName), fields(productName)
+CommonOptionsValues::CommonOptionsValues(const KelText& productName, KelText fileName)
+    : product(productName), settingsFileName(std::move(fileName)), fields(productName)
 {
     fields.ShownOn(kCommonOptionsTemplate);
     // The per-user switches, always written, in this order.

@@ -19,7 +19,7 @@ class CommonOptionsValues
 public:
     // `settingsFileName` is the product's settings file ("KEL.INI" or
     // "QUORLIN.INI") in the application's settings folder.
-    CommonOptionsValues(const KelText& product, const KelText& settingsFileName);
+    CommonOptionsValues(const KelText& product, KelText settingsFileName);
 
     // Reads every value; missing ones keep their defaults.
     void Load();

@@ -90,7 +90,8 @@ struct ReadLink
 
 // --- WebLinksValues -----------------------------------------------------------------
 
-WebLinksValues::WebLinksValues(const KelText& productName) : product(productName), fields(product)
+WebLinksValues::WebLinksValues(KelText productName)
+    : product(std::move(productName)), fields(product)
 {
     fields.ShownOn(kWebLinksTemplate);
     fields.ValueList(FieldBranch::Product, kWebLinksKey).ShownBy(kLinkList);
@@ -166,6 +167,7 @@ void WebLinksValues::Load()
 PageReport WebLinksValues::Save()
 {
     std::vector<StoredValue> wanted;
+    wanted.reserve(links.size());
     for (size_t i = 0; i < links.size(); ++i)
         wanted.push_back({ValueName(i, links[i]), AddressOf(links[i])});
 

@@ -28,7 +28,7 @@ class ListView;
 class WebLinksValues
 {
 public:
-    explicit WebLinksValues(const KelText& product);
+    explicit WebLinksValues(KelText product);
 
     // Replaces `links` with what the key holds now.
     void Load();

@@ -66,7 +66,7 @@ const std::string shippedFile = KEL_SHIPPED_DICTIONARY;
 
 size_t FileSize(const std::string& path)
 {
-    struct stat info;
+    struct stat info = {};
     return ::stat(path.c_str(), &info) == 0 ? size_t(info.st_size) : 0;
 }
 
@@ -76,7 +76,7 @@ void ReadBytes(benchmark::State& state, const std::string& path)
     for (auto _ : state)
     {
         std::FILE* file = std::fopen(path.c_str(), "rb");
-        struct stat info;
+        struct stat info = {};
         if (!file || ::fstat(::fileno(file), &info) != 0)
         {
             state.SkipWithError("cannot read the file");
@@ -86,7 +86,7 @@ void ReadBytes(benchmark::State& state, const std::string& path)
         benchmark::DoNotOptimize(std::fread(bytes, 1, size_t(info.st_size), file));
         benchmark::DoNotOptimize(bytes);
         std::free(bytes);
-        std::fclose(file);
+        (void)std::fclose(file); // read only: nothing to lose
     }
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(FileSize(path)));
 }
@@ -129,7 +129,7 @@ void Load(benchmark::State& state, const std::string& path, const char16_t* lang
 // floor of a one-language load that keeps its checks.
 uint32_t U32(const char* at)
 {
-    uint32_t value;
+    uint32_t value = 0;
     std::memcpy(&value, at, 4);
     return value;
 }
@@ -214,7 +214,7 @@ void BM_FollowAndKeepTexts(benchmark::State& state)
     {
         bytes.resize(FileSize(DictionaryFile()));
         bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-        std::fclose(file);
+        (void)std::fclose(file); // read only: nothing to lose
     }
     std::vector<char16_t> pool(bytes.size() / 2);
     std::vector<uint32_t> index(textCount * 3 + 1);
@@ -232,7 +232,7 @@ void BM_FollowTexts(benchmark::State& state)
     {
         bytes.resize(FileSize(DictionaryFile()));
         bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-        std::fclose(file);
+        (void)std::fclose(file); // read only: nothing to lose
     }
     for (auto _ : state)
         benchmark::DoNotOptimize(FollowTexts(bytes));
@@ -325,7 +325,8 @@ void BM_TextByReference(benchmark::State& state)
 BENCHMARK(BM_TextByReference);
 } // namespace
 
-int main(int argc, char** argv)
+// An exception that escapes ends the benchmark with the runtime's message.
+int main(int argc, char** argv) // NOLINT(bugprone-exception-escape)
 {
     HeapCounter::KeepFreedMemory();
     benchmark::Initialize(&argc, argv);

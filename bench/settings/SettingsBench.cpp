@@ -116,7 +116,8 @@ void WriteFile(const std::string& path, const std::string& bytes)
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
         std::abort();
-    std::fclose(file);
+    if (std::fclose(file) != 0)
+        std::abort();
 }
 
 std::string Utf8WithMark(const KelText& text)
@@ -183,7 +184,7 @@ struct Bindings
         const int extra = inserts == Inserts::Mixed
                               ? kNewSections * kKeysPerNewSection + kNewKeysInOldSections
                               : 0;
-        texts.resize(size_t(count + extra));
+        texts.resize(size_t(count) + size_t(extra));
         numbers.resize(size_t(count));
         reals.resize(size_t(count));
         const int sections = int(sample.sections.size());
@@ -215,16 +216,18 @@ struct Bindings
         }
         if (inserts == Inserts::Mixed)
         {
-            KelText* text = &texts[size_t(count)];
+            size_t next = size_t(count);
             for (int n = 0; n < kNewSections; ++n)
-                for (int k = 0; k < kKeysPerNewSection; ++k, ++text)
+                for (int k = 0; k < kKeysPerNewSection; ++k)
                 {
+                    KelText* text = &texts[next++];
                     *text = (u"new value " + Number(k)).c_str();
                     file.Add(new iniString((u"ADDED SECTION " + Number(n)).c_str(),
                                            (u"ADDED" + Number(k)).c_str(), text, u""));
                 }
-            for (int k = 0; k < kNewKeysInOldSections; ++k, ++text)
+            for (int k = 0; k < kNewKeysInOldSections; ++k)
             {
+                KelText* text = &texts[next++];
                 *text = u"added";
                 const size_t s = size_t(k) * size_t(sections) / kNewKeysInOldSections;
                 file.Add(new iniString(sample.sections[s].c_str(), (u"ADDED" + Number(k)).c_str(),
@@ -366,7 +369,12 @@ public:
             if (at("inih/" + small) < 0 || at("inih/" + large) < 0)
                 continue;
             auto ratio = [&](const std::string& prefix, const std::string& suffix)
-            { return at(prefix + large + suffix) / at(prefix + small + suffix); };
+            {
+                std::string larger = prefix, smaller = prefix;
+                larger.append(large).append(suffix);
+                smaller.append(small).append(suffix);
+                return at(larger) / at(smaller);
+            };
             std::printf("%-6s inih x%.1f  Read 10 x%.1f  Write 10 x%.1f  Read 1000 x%.1f  Write "
                         "1000 x%.1f\n",
                         encoding, ratio("inih/", ""), ratio("ReadAll/", "/10"),

@@ -268,18 +268,20 @@ int wmain(int count, wchar_t** arguments)
                 pages, pages, dialog);
 
     char row[200];
-    std::snprintf(row, sizeof row,
-                  "start-up under Wine: EditKel to the picker / minimal dialog with EditKel's "
-                  "manifest (medians of %d)",
-                  runs);
+    (void)std::snprintf(
+        row, sizeof row,
+        "start-up under Wine: EditKel to the picker / minimal dialog with EditKel's "
+        "manifest (medians of %d)",
+        runs);
     Summary(row, manifest, 1.10);
     Summary("  its floor: that dialog after EditKel's start-up library calls / with the manifest",
             floor, 1.10);
-    std::snprintf(row, sizeof row,
-                  "start-up under Wine: picker OK to the %ls dialog / minimal property dialog "
-                  "with %d pages",
-                  product.c_str(), pages);
+    (void)std::snprintf(
+        row, sizeof row,
+        "start-up under Wine: picker OK to the %ls dialog / minimal property dialog "
+        "with %d pages",
+        product.c_str(), pages);
     Summary(row, dialog, 1.50);
-    std::fflush(stdout);
+    (void)std::fflush(stdout);
     return 0;
 }

@@ -10,6 +10,9 @@
 #include <cerrno>
 #include <cstddef>
 
+// glibc's own allocator entry points, which the counter wraps; the names are
+// glibc's, reserved to it and used as it documents them.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C"
 {
     void* __libc_malloc(size_t size);
@@ -18,6 +21,7 @@ extern "C"
     void* __libc_memalign(size_t alignment, size_t size);
     void __libc_free(void* block);
 }
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 namespace
 {

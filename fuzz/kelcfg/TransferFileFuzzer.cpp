@@ -133,7 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!utf16)
     {
         // Strict UTF-8: the text is exactly what the bytes (after their mark) say.
-        const bool marked = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
+        const bool marked = bytes.starts_with("\xEF\xBB\xBF");
         Check(text.ToUtf8() == bytes.substr(marked ? 3 : 0));
     }
 

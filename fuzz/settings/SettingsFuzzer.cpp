@@ -26,7 +26,7 @@ const char16_t* const kPath = u"fuzz.ini";
 // Whether bytes are what Save writes for lines (minus trailing empty ones).
 bool WrittenAs(const std::string& bytes, const iniLines& lines)
 {
-    if (bytes.size() < 2 || bytes.compare(0, 2, "\xFF\xFE") != 0 || bytes.size() % 2)
+    if (bytes.size() < 2 || !bytes.starts_with("\xFF\xFE") || bytes.size() % 2)
         return false;
     std::u16string expected;
     int32_t count = lines.Count();

@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         {
             // Any bit pattern: infinities, NaNs and subnormals included.
             const uint64_t bits = input.ConsumeIntegral<uint64_t>();
-            double value;
+            double value = 0;
             std::memcpy(&value, &bits, sizeof value);
             args.emplace_back(value);
             break;

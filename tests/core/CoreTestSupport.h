@@ -22,6 +22,8 @@ class MemoryFiles : public FileSystem
 {
 public:
     explicit MemoryFiles(size_t piece = SIZE_MAX) : piece(piece), previous(SetFileSystem(this)) {}
+    MemoryFiles(const MemoryFiles&) = delete;
+    MemoryFiles& operator=(const MemoryFiles&) = delete;
     ~MemoryFiles() override { SetFileSystem(previous); }
     bool ReadBytes(PathRef path, std::string& bytes) override
     {
@@ -101,6 +103,8 @@ class RecordingServices : public AppServices
 {
 public:
     RecordingServices() : previous(SetAppServices(this)) {}
+    RecordingServices(const RecordingServices&) = delete;
+    RecordingServices& operator=(const RecordingServices&) = delete;
     ~RecordingServices() override { SetAppServices(previous); }
     void ReportError(const KelText& message, const KelText& context) override
     {

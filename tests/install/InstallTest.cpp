@@ -114,7 +114,7 @@ DWORD Msiexec(const std::wstring& arguments, std::string* log = nullptr)
     const DWORD exitCode = msiexec.WaitForExit(180s);
     std::string bytes = FileBytes(file);
     // A log in UTF-16 keeps its ASCII letters in every other byte.
-    if (log && bytes.compare(0, 2, "\xFF\xFE") == 0)
+    if (log && bytes.starts_with("\xFF\xFE"))
         for (size_t at = 2; at < bytes.size(); at += 2)
             *log += bytes[at];
     else if (log)
@@ -195,12 +195,14 @@ protected:
                     << Utf8(file);
         }
 
+        const std::wstring branch = MachineBranch + L"\\";
         for (const std::wstring& product : Products)
         {
             const std::optional<std::wstring> path =
-                MachineString(MachineBranch + L"\\" + product, L"InstallPath");
+                MachineString(branch + product, L"InstallPath");
             ASSERT_TRUE(path) << Utf8(product);
-            EXPECT_EQ(FolderKey(*path), FolderKey(folder.wstring())) << Utf8(product);
+            EXPECT_EQ(FolderKey(path.value_or(std::wstring())), FolderKey(folder.wstring()))
+                << Utf8(product);
         }
 
         EXPECT_EQ(std::distance(fs::directory_iterator(MenuFolder(), error), {}),
@@ -235,9 +237,9 @@ protected:
         EXPECT_FALSE(fs::exists(folder)) << Utf8(folder.wstring());
         EXPECT_FALSE(fs::exists(DefaultFolder().parent_path()));
         EXPECT_FALSE(fs::exists(MenuFolder()));
+        const std::wstring branch = MachineBranch + L"\\";
         for (const std::wstring& product : Products)
-            EXPECT_FALSE(MachineString(MachineBranch + L"\\" + product, L"InstallPath"))
-                << Utf8(product);
+            EXPECT_FALSE(MachineString(branch + product, L"InstallPath")) << Utf8(product);
         EXPECT_FALSE(MachineKeyExists(MachineBranch + L"\\EditKel"));
         EXPECT_FALSE(MachineKeyExists(UninstallKey + NewCode));
         EXPECT_FALSE(MachineKeyExists(UninstallKey + OldCode));

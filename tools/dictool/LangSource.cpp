@@ -106,7 +106,7 @@ bool FieldText(const std::string& field, KelText& text)
 bool HeaderLine(const std::string& line, const char* key, std::string& value)
 {
     const std::string prefix = std::string("@") + key + "\t";
-    if (line.compare(0, prefix.size(), prefix) != 0)
+    if (!line.starts_with(prefix))
         return false;
     value = line.substr(prefix.size());
     return true;
@@ -135,7 +135,7 @@ bool ParseLangSource(const std::string& fileName, const std::string& bytes, Lang
     const size_t before = problems.size();
     source = LangSource();
     source.fileName = fileName;
-    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+    if (bytes.starts_with("\xEF\xBB\xBF"))
         problems.push_back(fileName +
                            ": starts with a byte-order mark; save it as UTF-8 without one");
     if (bytes.empty() || bytes.back() != '\n')
@@ -362,8 +362,12 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
                 ++missingCount;
             }
         if (missingCount)
-            problems.push_back(label + ": lacks " + std::to_string(missingCount) + " text" +
-                               (missingCount == 1 ? "" : "s") + ":" + missing);
+        {
+            std::string problem = label;
+            problem.append(": lacks ").append(std::to_string(missingCount)).append(" text");
+            problem.append(missingCount == 1 ? "" : "s").append(":").append(missing);
+            problems.push_back(std::move(problem));
+        }
         if (!english || &source == english)
             continue;
         for (const auto& [number, text] : source.texts)
@@ -374,12 +378,16 @@ size_t CheckSources(const std::vector<LangSource>& sources, Problems& problems)
             const std::string own = PlaceholdersOf(text);
             const std::string wanted = PlaceholdersOf(reference->second);
             if (own != wanted)
-                problems.push_back(label + ": text " + std::to_string(number) +
-                                   " has the placeholders \"" + own + "\" where English has \"" +
-                                   wanted + "\"");
+            {
+                std::string problem = label;
+                problem.append(": text ").append(std::to_string(number));
+                problem.append(" has the placeholders \"").append(own);
+                problem.append("\" where English has \"").append(wanted).append("\"");
+                problems.push_back(std::move(problem));
+            }
         }
     }
     if (!english)
-        problems.push_back("no language is named English");
+        problems.emplace_back("no language is named English");
     return problems.size() - before;
 }

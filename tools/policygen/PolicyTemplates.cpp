@@ -130,7 +130,7 @@ KelText UserKey(const KelText& fullPath)
 {
     std::u16string key(fullPath.View());
     const std::u16string root = u"HKEY_CURRENT_USER\\";
-    if (key.compare(0, root.size(), root) != 0)
+    if (!key.starts_with(root))
         throw std::runtime_error("a policy key is not a key of the current user");
     key.erase(0, root.size());
     while (!key.empty() && key.back() == u'\\')

@@ -77,6 +77,7 @@ int wmain(int argc, wchar_t** argv)
     {
         const std::vector<Language> languages = Languages(dictionary);
         std::vector<KelText> names;
+        names.reserve(languages.size());
         for (const Language& language : languages)
             names.push_back(language.name);
         MakeFolder(folder);

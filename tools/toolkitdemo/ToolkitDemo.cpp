@@ -237,7 +237,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int)
         app->MessageSwitches().Register(known.code, DictText(known.text), known.name);
 
     std::printf("shared images: %d px\n", int(SharedImageSize()));
-    std::fflush(stdout);
+    (void)std::fflush(stdout);
     {
         StandardPropertyDialog dialog(nullptr, u"Toolkit Demo - Brindlecove", 0, 1,
                                       NumberAfter(commandLine, u"/page=", 0), u"ToolkitDemo");

@@ -4,6 +4,8 @@
 #include "tools/uidriver/RemoteMemory.h"
 #include "tools/uidriver/UiDriver.h"
 
+#include <algorithm>
+
 namespace UiDriver
 {
 
@@ -90,6 +92,7 @@ std::vector<std::wstring> ListRow(HWND list, int row)
     CheckRow(list, row);
     std::vector<std::wstring> cells;
     int columns = ListColumnCount(list);
+    cells.reserve(size_t(std::max(columns, 0)));
     for (int column = 0; column < columns; ++column)
         cells.push_back(ListCell(list, row, column));
     return cells;
@@ -99,6 +102,7 @@ std::vector<std::vector<std::wstring>> ListRows(HWND list)
 {
     std::vector<std::vector<std::wstring>> rows;
     int count = ListRowCount(list);
+    rows.reserve(size_t(std::max(count, 0)));
     for (int row = 0; row < count; ++row)
         rows.push_back(ListRow(list, row));
     return rows;

@@ -38,7 +38,7 @@ std::wstring WindowsPath(std::string_view path)
     // Under Wine, kernel32 maps a Linux path to its drive letter form; on
     // Windows the build hands over Windows paths already.
     using ToDos = WCHAR*(CDECL*)(const char*);
-    auto toDos = reinterpret_cast<ToDos>(reinterpret_cast<void*>(
+    auto toDos = reinterpret_cast<ToDos>(reinterpret_cast<void (*)()>(
         GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_dos_file_name")));
     if (toDos && path.starts_with('/'))
     {

@@ -77,20 +77,20 @@ TEST(ArchiveReading, WideTextsEndWithTheirOnly0Unit)
     for (uint32_t count = 1; count < 40; ++count)
         for (size_t offset : {0, 1})
         {
-            std::string bytes(offset + 2 * count, 'x');
-            bytes[offset + 2 * count - 2] = bytes[offset + 2 * count - 1] = 0;
+            std::string bytes(offset + 2 * size_t(count), 'x');
+            bytes[offset + 2 * size_t(count) - 2] = bytes[offset + 2 * size_t(count) - 1] = 0;
             EXPECT_TRUE(Archive::IsWideText(bytes.data() + offset, count)) << count;
             // A 0 unit anywhere else, and a 0 byte that is half of a unit.
             for (uint32_t at = 0; at + 1 < count; ++at)
             {
                 std::string damaged = bytes;
-                damaged[offset + 2 * at] = damaged[offset + 2 * at + 1] = 0;
+                damaged[offset + 2 * size_t(at)] = damaged[offset + 2 * size_t(at) + 1] = 0;
                 EXPECT_FALSE(Archive::IsWideText(damaged.data() + offset, count)) << count << at;
                 damaged = bytes;
-                damaged[offset + 2 * at + 1] = 0;
+                damaged[offset + 2 * size_t(at) + 1] = 0;
                 EXPECT_TRUE(Archive::IsWideText(damaged.data() + offset, count)) << count << at;
             }
-            bytes[offset + 2 * count - 1] = 'x';
+            bytes[offset + 2 * size_t(count) - 1] = 'x';
             EXPECT_FALSE(Archive::IsWideText(bytes.data() + offset, count)) << count;
         }
 }

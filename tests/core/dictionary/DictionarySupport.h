@@ -25,7 +25,7 @@ protected:
 
 inline uint32_t U32At(const std::string& bytes, size_t at)
 {
-    uint32_t value;
+    uint32_t value = 0;
     std::memcpy(&value, bytes.data() + at, 4);
     return value;
 }

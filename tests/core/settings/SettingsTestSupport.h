@@ -27,7 +27,7 @@ inline Lines LinesOf(const std::string& bytes)
     Lines lines;
     EXPECT_TRUE(bytes.size() % 2 == 0 && text.starts_with(u"\uFEFF") &&
                 (text.size() == 1 || text.ends_with(u"\r\n")));
-    for (size_t start = 1, end; (end = text.find(u"\r\n", start)) != text.npos; start = end + 2)
+    for (size_t start = 1, end = 0; (end = text.find(u"\r\n", start)) != text.npos; start = end + 2)
         lines.push_back(text.substr(start, end - start));
     return lines;
 }

@@ -30,7 +30,7 @@ int32_t ScanSection(const Lines& lines, const std::u16string& name)
 
 int32_t ScanEnd(const Lines& lines, int32_t header)
 {
-    size_t i = size_t(header + 1);
+    size_t i = size_t(header) + 1;
     while (i < lines.size() && !lines[i].starts_with(u'['))
         ++i;
     return int32_t(i);
@@ -310,7 +310,7 @@ TEST(iniFileProperty, FilesReadInPiecesDecodeAsAWhole)
         }
         std::replace(whole.begin(), whole.end(), u'\0', u'\uFFFD');
         Lines expected;
-        for (size_t start = 0, end; start < whole.size(); start = end + 1)
+        for (size_t start = 0, end = 0; start < whole.size(); start = end + 1)
         {
             end = std::min(whole.find(u'\n', start), whole.size());
             expected.push_back(whole.substr(start, end - start));

@@ -39,7 +39,7 @@ std::string Hex(const std::string& bytes)
     for (const char byte : bytes)
     {
         char two[4];
-        std::snprintf(two, sizeof two, "%02X ", unsigned(static_cast<unsigned char>(byte)));
+        (void)std::snprintf(two, sizeof two, "%02X ", unsigned(static_cast<unsigned char>(byte)));
         hex += two;
     }
     return hex;

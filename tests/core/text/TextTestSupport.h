@@ -18,7 +18,7 @@ inline std::string Show(std::u16string_view text)
         else
         {
             char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04X", unsigned(unit));
+            (void)std::snprintf(escape, sizeof escape, "\\u%04X", unsigned(unit));
             shown += escape;
         }
     }

@@ -42,11 +42,12 @@ void DescribeKey(HKEY root, const std::wstring& key, std::string& out)
         if (RegEnumKeyExW(opened, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
             ERROR_SUCCESS)
             break;
-        subKeys.push_back(name);
+        subKeys.emplace_back(name);
     }
     RegCloseKey(opened);
+    const std::wstring prefix = key + L"\\";
     for (const std::wstring& sub : subKeys)
-        DescribeKey(root, key + L"\\" + sub, out);
+        DescribeKey(root, prefix + sub, out);
 }
 
 fs::path KnownFolder(int csidl)

@@ -41,6 +41,8 @@ public:
             RGB(255, 255, 255), RGB(0, 0, 0),       RGB(255, 255, 0), RGB(0, 0, 0)};
         SetSysColors(int(kElements.size()), kElements.data(), scheme.data());
     }
+    HighContrastColours(const HighContrastColours&) = delete;
+    HighContrastColours& operator=(const HighContrastColours&) = delete;
     ~HighContrastColours()
     {
         SetSysColors(int(kElements.size()), kElements.data(), saved.data());

@@ -35,11 +35,11 @@ protected:
 // mark, then lines that end in CR LF, the sections of the demo among them.
 bool Parses(const std::string& bytes)
 {
-    if (bytes.size() < 4 || bytes.compare(0, 2, "\xFF\xFE") != 0 || bytes.size() % 2 != 0)
+    if (bytes.size() < 4 || !bytes.starts_with("\xFF\xFE") || bytes.size() % 2 != 0)
         return false;
     const std::wstring text(reinterpret_cast<const wchar_t*>(bytes.data() + 2),
                             (bytes.size() - 2) / 2);
-    return text.size() >= 2 && text.compare(text.size() - 2, 2, L"\r\n") == 0 &&
+    return text.size() >= 2 && text.ends_with(L"\r\n") &&
            text.find(L"\r\n[PROGRAM PATHS]\r\n") != std::wstring::npos &&
            text.find(L"[GENERAL]\r\n") != std::wstring::npos;
 }
@@ -86,9 +86,10 @@ TEST_F(Safety, TwoImportsAtOnceKeepEachOthersValuesWhileAnotherProgramReads)
             const std::string other =
                 first ? std::string("[Common Options]\nNUMPAD = ") + (round % 2 ? "ON" : "OFF")
                       : "[Product Options]\nSUPPORT = B " + std::to_string(round);
-            const Finished run = Import("[Program Paths]\n" + Utf8(side.pathKey) + " = " + folder +
-                                            "\n" + other + "\n",
-                                        side.name);
+            std::string text = "[Program Paths]\n";
+            text.append(Utf8(side.pathKey)).append(" = ").append(folder).append("\n");
+            text.append(other).append("\n");
+            const Finished run = Import(text, side.name);
             if (run.exitCode != 0 && side.failed++ == 0)
                 side.said = run.err;
             // Until this side's next import, nothing may take its value away.

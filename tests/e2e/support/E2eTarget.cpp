@@ -178,6 +178,8 @@ void OnCommand(int id, int code)
     case IDCANCEL:
         Finish(TARGET_CANCELLED);
         break;
+    default:
+        break;
     }
 }
 
@@ -282,6 +284,8 @@ INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             return TRUE;
         }
         break;
+    default:
+        break;
     }
     return FALSE;
 }
@@ -293,7 +297,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show)
     int count = 0;
     wchar_t** args = CommandLineToArgvW(GetCommandLineW(), &count);
     std::wstring argument = count > 1 ? args[1] : L"";
-    LocalFree(args);
+    LocalFree(static_cast<void*>(args));
     if (argument == L"/quiet")
     {
         Sleep(300);

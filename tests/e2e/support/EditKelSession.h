@@ -200,11 +200,11 @@ inline std::optional<std::wstring> SettingsValue(const fs::path& path, std::wstr
 {
     const std::string bytes = FileBytes(path);
     std::wstring text;
-    if (bytes.compare(0, 2, "\xFF\xFE") == 0)
+    if (bytes.starts_with("\xFF\xFE"))
         text.assign(reinterpret_cast<const wchar_t*>(bytes.data() + 2), (bytes.size() - 2) / 2);
     else
     {
-        const bool utf8 = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0;
+        const bool utf8 = bytes.starts_with("\xEF\xBB\xBF");
         const std::string body = bytes.substr(utf8 ? 3 : 0);
         text.resize(body.size());
         text.resize(size_t(MultiByteToWideChar(utf8 ? CP_UTF8 : CP_ACP, 0, body.data(),

@@ -215,12 +215,17 @@ class Accessibility : public PageTest
 {
 protected:
     Accessibility() { CoInitialize(nullptr); }
+
+public:
+    Accessibility(const Accessibility&) = delete;
+    Accessibility& operator=(const Accessibility&) = delete;
     ~Accessibility() override
     {
         TextHolder::Instance().Clear();
         CoUninitialize();
     }
 
+protected:
     void UseLanguage(const char16_t* language)
     {
         ASSERT_TRUE(TextHolder::Instance().Load(DictionaryPath(), language, false))
@@ -294,7 +299,7 @@ protected:
                 if (next && KindOf(next) == Kind::Input)
                 {
                     EXPECT_NE(AccessKeyOf(text), 0) << where << ": label " << Narrow(text);
-                    labelled.push_back({control, next});
+                    labelled.emplace_back(control, next);
                 }
                 addKey(text);
                 break;

@@ -28,6 +28,8 @@ public:
         for (const KelText& path : paths)
             RegistryKey::DeleteTree(path);
     }
+    RegistryCleanup(const RegistryCleanup&) = delete;
+    RegistryCleanup& operator=(const RegistryCleanup&) = delete;
     ~RegistryCleanup()
     {
         for (const KelText& path : paths)
@@ -43,6 +45,8 @@ class TempTree
 {
 public:
     TempTree() : root(ReadTempFolder() + UniqueName(u"kelapp") + u"/") { CreateFolderPath(root); }
+    TempTree(const TempTree&) = delete;
+    TempTree& operator=(const TempTree&) = delete;
     ~TempTree() { RemoveAll(root); }
 
     // Creates (with parents) and answers root + relative + "/".
@@ -117,6 +121,8 @@ public:
     {
         changed = SetCurrentDirectoryW(AsWide(WithBackslashes(folder))) != 0;
     }
+    CurrentDirectoryScope(const CurrentDirectoryScope&) = delete;
+    CurrentDirectoryScope& operator=(const CurrentDirectoryScope&) = delete;
     ~CurrentDirectoryScope() { SetCurrentDirectoryW(AsWide(WithBackslashes(previous))); }
     bool Changed() const { return changed; }
 
@@ -136,6 +142,8 @@ public:
                     u"HKEY_LOCAL_MACHINE\\Software\\Orvantix\\Brindlecove " + releaseName})
     {
     }
+    ReleaseCleanup(const ReleaseCleanup&) = delete;
+    ReleaseCleanup& operator=(const ReleaseCleanup&) = delete;
     ~ReleaseCleanup()
     {
         for (int csidl : {28, 26})

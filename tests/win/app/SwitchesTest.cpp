@@ -140,7 +140,7 @@ void CALLBACK DriveRealBox(HWND, UINT, UINT_PTR timer, DWORD)
                               !GetDlgItem(box, IDCANCEL);
         SendMessageW(check, BM_CLICK, 0, 0);
         if (const char* seconds = std::getenv("KEL_SHOW_SECONDS"))
-            realBox.holdUntil = realBox.tick + std::atoi(seconds) * 10;
+            realBox.holdUntil = realBox.tick + int(std::strtol(seconds, nullptr, 10)) * 10;
         return;
     }
     if (!realBox.escapeSent)

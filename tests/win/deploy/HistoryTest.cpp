@@ -33,14 +33,19 @@ protected:
         app.SetApplicationName(u"EditKel");
         UseSettings(nullptr);
     }
+
+public:
+    History(const History&) = delete;
+    History& operator=(const History&) = delete;
     ~History() override { ConfigHistory::SetRoot(KelText()); }
 
+protected:
     // kelcfg with the arguments, on the test's configuration; answers the
     // exit code and keeps what it said in `console`.
     int Run(std::vector<KelText> arguments)
     {
         console = Console();
-        arguments.push_back(u"-app=Shopwise");
+        arguments.emplace_back(u"-app=Shopwise");
         arguments.push_back(u"-config=" + config);
         KelCfgRequest request;
         if (ParseKelCfgArguments(arguments, request, console) != CfgParsed::Run)

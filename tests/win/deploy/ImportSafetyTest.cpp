@@ -114,11 +114,11 @@ TEST_F(ImportSafety, ADryRunAndADiffTellTheChangesAndWriteNothing)
 // program paths, the product options and the common options have been written.
 TEST_F(ImportSafety, AFailureInTheLastPagePutsBackEverythingWritten)
 {
-    HKEY root;
+    HKEY root = nullptr;
     KelText common;
     ASSERT_TRUE(RegistryKey::SplitPath(AppKey(u"COMMON"), root, common));
     RegDeleteTreeW(root, AsWide(common));
-    HKEY volatileKey;
+    HKEY volatileKey = nullptr;
     ASSERT_EQ(RegCreateKeyExW(root, AsWide(common), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
                               nullptr, &volatileKey, nullptr),
               ERROR_SUCCESS);

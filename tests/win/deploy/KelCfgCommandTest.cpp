@@ -105,8 +105,8 @@ TEST_F(KelCfgCommand, HelpAndVersionAnswerOnStandardOutput)
     }
     // One command's usage: after the command (whatever else is wrong), or
     // named after the help.
-    for (auto line : {Arguments({u"import", u"-app=Teapot", u"/?"}),
-                      Arguments({u"/l=Deutsch", u"--help", u"IMPORT"})})
+    for (const auto& line : {Arguments({u"import", u"-app=Teapot", u"/?"}),
+                             Arguments({u"/l=Deutsch", u"--help", u"IMPORT"})})
     {
         console.out.clear();
         ASSERT_EQ(ParseKelCfgArguments(line, request, console), CfgParsed::Answered);

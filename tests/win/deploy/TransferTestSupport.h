@@ -51,7 +51,7 @@ protected:
     std::vector<std::string> RegistryState() const
     {
         std::vector<std::string> lines;
-        HKEY root;
+        HKEY root = nullptr;
         KelText sub;
         if (RegistryKey::SplitPath(AppKey(), root, sub))
             Dump(root, std::wstring(AsWide(sub)), "", lines);
@@ -89,10 +89,12 @@ private:
     static void Dump(HKEY root, const std::wstring& path, const std::string& shown,
                      std::vector<std::string>& lines)
     {
-        HKEY key;
+        HKEY key = nullptr;
         if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
             return;
-        lines.push_back(shown + "\\");
+        const std::string prefix = shown + "\\";
+        const std::wstring keyPrefix = path + L"\\";
+        lines.push_back(prefix);
         wchar_t name[512];
         BYTE data[8192];
         for (DWORD i = 0;; ++i)
@@ -106,8 +108,13 @@ private:
                 value = FromWide(reinterpret_cast<const wchar_t*>(data)).ToUtf8();
             else if (type == REG_DWORD)
                 value = std::to_string(*reinterpret_cast<const DWORD*>(data));
-            lines.push_back(shown + "\\" + FromWide(name, int32_t(nameLength)).ToUtf8() + " = " +
-                            std::to_string(type) + ":" + value);
+            std::string line = prefix;
+            line += FromWide(name, int32_t(nameLength)).ToUtf8();
+            line += " = ";
+            line += std::to_string(type);
+            line += ":";
+            line += value;
+            lines.push_back(std::move(line));
         }
         std::vector<std::wstring> subKeys;
         for (DWORD i = 0;; ++i)
@@ -120,7 +127,7 @@ private:
         }
         RegCloseKey(key);
         for (const std::wstring& subKey : subKeys)
-            Dump(root, path + L"\\" + subKey,
-                 shown + "\\" + FromWide(subKey.c_str(), int32_t(subKey.size())).ToUtf8(), lines);
+            Dump(root, keyPrefix + subKey,
+                 prefix + FromWide(subKey.c_str(), int32_t(subKey.size())).ToUtf8(), lines);
     }
 };

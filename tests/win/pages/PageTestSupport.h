@@ -26,12 +26,17 @@ protected:
     {
         app.RegisterRelease(u"Shopwise", release, false);
     }
+
+public:
+    PageTest(const PageTest&) = delete;
+    PageTest& operator=(const PageTest&) = delete;
     ~PageTest() override
     {
         dialog.reset();
         TempTree::RemoveAll(app.SharedDocumentsFolder());
     }
 
+protected:
     // --- the configuration -----------------------------------------------------
     // Makes (or rewrites) the settings file `fileName` with `content` in the
     // test's configuration folder, and makes that folder the settings folder

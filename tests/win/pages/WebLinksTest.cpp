@@ -76,7 +76,7 @@ protected:
     }
     // Presses a button (kLinkList: double-clicks the list); `answer` works
     // the link dialog inside its modal loop and must close it.
-    void PressWithDialog(int button, std::function<void(HWND)> answer)
+    void PressWithDialog(int button, const std::function<void(HWND)>& answer)
     {
         AfterStart(
             [answer]

@@ -160,9 +160,9 @@ TEST_F(PolicyTemplates, EveryReferenceResolvesInEachLanguage)
     std::set<std::string> presentations;
     const auto collect = [&](const std::string& value)
     {
-        if (value.rfind("$(string.", 0) == 0)
+        if (value.starts_with("$(string."))
             strings.insert(value.substr(9, value.size() - 10));
-        if (value.rfind("$(presentation.", 0) == 0)
+        if (value.starts_with("$(presentation."))
             presentations.insert(value.substr(15, value.size() - 16));
     };
     std::vector<const Element*> all;

@@ -18,6 +18,8 @@ public:
         SetApplication(&app);
         app.RegisterRelease(product, release, false);
     }
+    StartupFixture(const StartupFixture&) = delete;
+    StartupFixture& operator=(const StartupFixture&) = delete;
     ~StartupFixture()
     {
         TempTree::RemoveAll(app.SharedDocumentsFolder());

@@ -132,11 +132,15 @@ inline void AfterStart(std::function<void()> action)
 class ToolkitTest : public ::testing::Test
 {
 protected:
-    ToolkitTest() : app(GetModuleHandleW(nullptr), nullptr, nullptr, &user)
+    ToolkitTest()
+        : app(GetModuleHandleW(nullptr), nullptr, nullptr, &user), previous(SetApplication(&app)),
+          safety(SetTimer(nullptr, 0, 10000, GiveUp))
     {
-        previous = SetApplication(&app);
-        safety = SetTimer(nullptr, 0, 10000, GiveUp);
     }
+
+public:
+    ToolkitTest(const ToolkitTest&) = delete;
+    ToolkitTest& operator=(const ToolkitTest&) = delete;
     ~ToolkitTest() override
     {
         KillTimer(nullptr, safety);
@@ -145,6 +149,7 @@ protected:
         SetApplication(previous);
     }
 
+protected:
     // Builds a dialog holding one page T(dialog, args...), shows it (modeless)
     // and answers the page.
     template <typename T, typename... Args>
