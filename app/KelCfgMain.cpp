@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/deploy/KelCfgCommand.h"
+#include "platform/FolderProbes.h"
 #include "text/WideText.h"
 
 namespace
@@ -43,5 +44,7 @@ int wmain(int argc, wchar_t** argv)
     for (int i = 1; i < argc; ++i)
         arguments.push_back(FromWide(argv[i]));
     StandardStreams console;
-    return KelCfgMain(arguments, FromWide(GetCommandLineW()), console);
+    const int result = KelCfgMain(arguments, FromWide(GetCommandLineW()), console);
+    FolderProbes::EndProgramWhenBusy(result);
+    return result;
 }

@@ -247,6 +247,8 @@ public:
 
 FileSystem& GetPlatformFileSystem()
 {
-    static PosixFileSystem fileSystem;
-    return fileSystem;
+    // Never destroyed: a folder probe on a share that does not answer may
+    // still be running in it while the program exits.
+    static PosixFileSystem* const fileSystem = new PosixFileSystem;
+    return *fileSystem;
 }

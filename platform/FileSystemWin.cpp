@@ -423,6 +423,8 @@ public:
 
 FileSystem& GetPlatformFileSystem()
 {
-    static WindowsFileSystem fileSystem;
-    return fileSystem;
+    // Never destroyed: a folder probe on a share that does not answer may
+    // still be running in it while the program exits.
+    static WindowsFileSystem* const fileSystem = new WindowsFileSystem;
+    return *fileSystem;
 }

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -11,8 +13,9 @@ namespace
 {
 std::atomic<uint32_t> limitMilliseconds{4000};
 
-// Probe threads inside the file system, with a signal for WaitUntilIdle.
-// Never destroyed: a probe thread may still end while the process exits.
+// Probe threads running (probes and time keepers), with a signal for
+// WaitUntilIdle. Never destroyed: a probe thread may still end while the
+// process exits.
 struct ProbeCount
 {
     std::mutex guard;
@@ -23,6 +26,27 @@ ProbeCount& Probing()
 {
     static ProbeCount* const count = new ProbeCount;
     return *count;
+}
+
+// The time a program's exit waits for probes still running.
+uint32_t ExitWaitMilliseconds()
+{
+    return FolderProbes::LimitMilliseconds() + 1000;
+}
+
+// Counts a thread as running until it ends.
+void ThreadStarts(ProbeCount& probing)
+{
+    const std::lock_guard<std::mutex> lock(probing.guard);
+    ++probing.count;
+}
+void ThreadEnds(ProbeCount& probing)
+{
+    // Told under the lock: WaitUntilIdle may return, and its caller remove
+    // the file system or end the program, as soon as the count is 0.
+    const std::lock_guard<std::mutex> lock(probing.guard);
+    --probing.count;
+    probing.changed.notify_all();
 }
 
 // What a probe and its time keeper share: whoever comes first answers.
@@ -72,10 +96,12 @@ void FolderProbes::Start(const FolderQuestion& question,
     // by reference may name this frame's reference, which is gone.
     FileSystem* const files = &GetFileSystem();
     ProbeCount* const probing = &Probing();
-    {
-        const std::lock_guard<std::mutex> lock(probing->guard);
-        ++probing->count;
-    }
+    // The exit of a program that probed waits for its probes.
+    static const bool exitWaits = []
+    { return std::atexit([] { FolderProbes::WaitUntilIdle(ExitWaitMilliseconds()); }) == 0; }();
+    (void)exitWaits;
+    ThreadStarts(*probing);
+    ThreadStarts(*probing);
     // The probe itself: it may hang as long as the system lets it.
     std::thread(
         [state, files, probing, question]
@@ -94,16 +120,12 @@ void FolderProbes::Start(const FolderQuestion& question,
                 state->found = found;
             }
             state->finished.notify_all();
-            // Told under the lock: WaitUntilIdle may return, and its
-            // caller remove the file system, as soon as the count is 0.
-            const std::lock_guard<std::mutex> lock(probing->guard);
-            --probing->count;
-            probing->changed.notify_all();
+            ThreadEnds(*probing);
         })
         .detach();
     // The time keeper: the answer, or NoAnswer when the limit runs out first.
     std::thread(
-        [state, limit]
+        [state, limit, probing]
         {
             FolderAnswer answer;
             {
@@ -119,6 +141,7 @@ void FolderProbes::Start(const FolderQuestion& question,
                 }
             }
             state->Answer(answer);
+            ThreadEnds(*probing);
         })
         .detach();
 }
@@ -164,4 +187,12 @@ bool FolderProbes::WaitUntilIdle(uint32_t milliseconds)
     std::unique_lock<std::mutex> lock(probing.guard);
     return probing.changed.wait_for(lock, std::chrono::milliseconds(milliseconds),
                                     [&probing] { return probing.count == 0; });
+}
+
+void FolderProbes::EndProgramWhenBusy(int result)
+{
+    if (WaitUntilIdle(ExitWaitMilliseconds()))
+        return;
+    (void)std::fflush(nullptr);
+    std::_Exit(result);
 }

@@ -45,11 +45,18 @@ public:
     // limit in all. The answers come in the order of the questions.
     static std::vector<FolderAnswer> ProbeAll(const std::vector<FolderQuestion>& questions);
 
-    // How many probe threads are still inside the file system (also those
-    // whose answer was given up). Tests wait for 0 before they remove a file
-    // system of their own.
+    // How many probe threads (probes, also those whose answer was given up,
+    // and their time keepers) are still running. Tests wait for 0 before
+    // they remove a file system of their own.
     static int32_t Running();
-    // Waits until no probe thread is inside the file system, at most
-    // `milliseconds`; answers whether none is.
+    // Waits until no probe thread runs, at most `milliseconds`; answers
+    // whether none does.
     static bool WaitUntilIdle(uint32_t milliseconds);
+    // For the end of a program: the ordinary exit takes the threading
+    // library apart, which a probe thread still running does not survive.
+    // Waits a time limit and a bit for the probes (the exit of every program
+    // that started one waits so too); when one still hangs on a server that
+    // does not answer, the program ends at once with `result`, after writing
+    // out what it printed.
+    static void EndProgramWhenBusy(int result);
 };

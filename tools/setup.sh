@@ -8,7 +8,8 @@
 # several; 22 is the first that does not match its checks inside system
 # headers, which makes a run over every source several times faster);
 # gcovr for the coverage report; xmllint, osslsigncode, openssl, git and zip
-# for the Group Policy templates' check, the release signing, the reproducibility check and the zip.
+# for the Group Policy templates' check, the release signing, the
+# reproducibility check and the zip.
 # Packages already present are left alone.
 set -euo pipefail
 
