@@ -407,7 +407,7 @@ void ConfigCheck::CheckSettingsFile(std::vector<CheckFinding>& found)
         add(CheckProblem::Unreadable);
         return;
     }
-    if (const TransferText encoding = UnreadEncoding(bytes))
+    if (const TransferText encoding = UnreadEncoding(bytes); encoding != TransferText(0))
         add(CheckProblem::Encoding, TransferMessage(encoding));
 }
 

@@ -140,7 +140,7 @@ public:
 
     FolderState ProbeFolder(PathRef folder, bool needWrite) override
     {
-        struct stat info;
+        struct stat info = {};
         const std::string utf8 = folder.ToUtf8();
         if (folder.IsEmpty() || ::stat(utf8.c_str(), &info) != 0)
             return errno == EACCES ? FolderState::NotReadable : FolderState::Missing;

@@ -160,7 +160,7 @@ std::wstring RootOf(const std::wstring& path)
 {
     if (path.size() >= 2 && path[1] == L':')
         return path.substr(0, 2) + L"\\";
-    if (path.rfind(L"\\\\", 0) == 0)
+    if (path.starts_with(L"\\\\"))
     {
         size_t end = path.find(L'\\', 2);
         if (end != std::wstring::npos)

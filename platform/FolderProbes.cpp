@@ -2,30 +2,86 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <mutex>
 #include <thread>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace
 {
 std::atomic<uint32_t> limitMilliseconds{4000};
 
-// Probe threads running (probes and time keepers), with a signal for
-// WaitUntilIdle. Never destroyed: a probe thread may still end while the
-// process exits.
-struct ProbeCount
+// The waits below look again every few milliseconds rather than wait on a
+// condition variable: the probe threads end while their starter may be
+// gone, and MinGW's threading library was seen to fail when condition
+// variables made and signalled across such threads were used at the same
+// time (a damaged heap under load). Atomics and short sleeps have nothing
+// to set up or take apart.
+constexpr std::chrono::milliseconds kLookAgain{5};
+
+// Waits until `done` answers true, at most `milliseconds`; answers whether it did.
+template <typename Done>
+bool WaitFor(Done done, uint32_t milliseconds)
 {
-    std::mutex guard;
-    std::condition_variable changed;
-    int32_t count = 0;
-};
-ProbeCount& Probing()
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (!done())
+    {
+        if (std::chrono::steady_clock::now() >= until)
+            return done();
+        std::this_thread::sleep_for(kLookAgain);
+    }
+    return true;
+}
+
+// Probe threads running (probes and time keepers). Never destroyed: a probe
+// thread may still end while the process exits.
+std::atomic<int32_t>& Probing()
 {
-    static ProbeCount* const count = new ProbeCount;
+    static std::atomic<int32_t>* const count = new std::atomic<int32_t>(0);
     return *count;
+}
+
+// Runs `work` on a thread of its own that nobody waits for; the thread
+// counts as running (Running, WaitUntilIdle) until `work` and everything it
+// held are gone. On Windows a system thread: the C++ library's threads leave
+// it through the threading library's own clean-up, which was seen to fail
+// when the program ended meanwhile; a system thread that is still running
+// at the end is simply stopped by the system.
+void RunDetached(std::function<void()> work)
+{
+    std::atomic<int32_t>& probing = Probing();
+    probing.fetch_add(1);
+#ifdef _WIN32
+    auto* const held = new std::function<void()>(std::move(work));
+    const auto run = [](void* parameter) -> DWORD
+    {
+        auto* const job = static_cast<std::function<void()>*>(parameter);
+        (*job)();
+        delete job;
+        Probing().fetch_sub(1);
+        return 0;
+    };
+    if (HANDLE thread = CreateThread(nullptr, 0, run, held, 0, nullptr))
+        CloseHandle(thread);
+    else
+    {
+        delete held;
+        probing.fetch_sub(1);
+    }
+#else
+    std::thread(
+        [job = std::move(work)]() mutable
+        {
+            job();
+            job = nullptr;
+            Probing().fetch_sub(1);
+        })
+        .detach();
+#endif
 }
 
 // The time a program's exit waits for probes still running.
@@ -34,44 +90,22 @@ uint32_t ExitWaitMilliseconds()
     return FolderProbes::LimitMilliseconds() + 1000;
 }
 
-// Counts a thread as running until it ends.
-void ThreadStarts(ProbeCount& probing)
-{
-    const std::lock_guard<std::mutex> lock(probing.guard);
-    ++probing.count;
-}
-void ThreadEnds(ProbeCount& probing)
-{
-    // Told under the lock: WaitUntilIdle may return, and its caller remove
-    // the file system or end the program, as soon as the count is 0.
-    const std::lock_guard<std::mutex> lock(probing.guard);
-    --probing.count;
-    probing.changed.notify_all();
-}
-
 // What a probe and its time keeper share: whoever comes first answers.
 struct ProbeState
 {
-    std::mutex guard;
-    std::condition_variable finished;
-    bool answered = false;
-    bool probed = false;
-    FolderState found = FolderState::Fine;
+    std::atomic<bool> probed{false};
+    std::atomic<bool> answered{false};
+    FolderState found = FolderState::Fine; // written before probed is set
     std::function<void(const FolderAnswer&)> done;
 
     // Hands the answer on unless one was given already.
     void Answer(const FolderAnswer& answer)
     {
-        std::function<void(const FolderAnswer&)> call;
-        {
-            const std::lock_guard<std::mutex> lock(guard);
-            if (answered)
-                return;
-            answered = true;
-            call = std::move(done);
-        }
-        if (call)
-            call(answer);
+        if (answered.exchange(true))
+            return;
+        if (done)
+            done(answer);
+        done = nullptr;
     }
 };
 } // namespace
@@ -95,65 +129,47 @@ void FolderProbes::Start(const FolderQuestion& question,
     // Pointers, not references, go into the threads: a reference captured
     // by reference may name this frame's reference, which is gone.
     FileSystem* const files = &GetFileSystem();
-    ProbeCount* const probing = &Probing();
     // The exit of a program that probed waits for its probes.
     static const bool exitWaits = []
     { return std::atexit([] { FolderProbes::WaitUntilIdle(ExitWaitMilliseconds()); }) == 0; }();
     (void)exitWaits;
-    ThreadStarts(*probing);
-    ThreadStarts(*probing);
     // The probe itself: it may hang as long as the system lets it.
-    std::thread(
-        [state, files, probing, question]
+    RunDetached(
+        [state, files, question]
         {
             FolderState found = FolderState::Unreachable;
             try
             {
                 found = files->ProbeFolder(question.folder, question.needWrite);
             }
-            catch (...)
+            catch (...) // NOLINT(bugprone-empty-catch): a probe that throws found nothing reachable
             {
             }
-            {
-                const std::lock_guard<std::mutex> lock(state->guard);
-                state->probed = true;
-                state->found = found;
-            }
-            state->finished.notify_all();
-            ThreadEnds(*probing);
-        })
-        .detach();
+            state->found = found;
+            state->probed.store(true);
+        });
     // The time keeper: the answer, or NoAnswer when the limit runs out first.
-    std::thread(
-        [state, limit, probing]
+    RunDetached(
+        [state, limit]
         {
             FolderAnswer answer;
+            if (WaitFor([&state] { return state->probed.load(); }, limit))
+                answer.state = state->found;
+            else
             {
-                std::unique_lock<std::mutex> lock(state->guard);
-                state->finished.wait_for(lock, std::chrono::milliseconds(limit),
-                                         [&state] { return state->probed; });
-                if (state->probed)
-                    answer.state = state->found;
-                else
-                {
-                    answer.state = FolderState::NoAnswer;
-                    answer.limitSeconds = (limit + 999) / 1000;
-                }
+                answer.state = FolderState::NoAnswer;
+                answer.limitSeconds = (limit + 999) / 1000;
             }
             state->Answer(answer);
-            ThreadEnds(*probing);
-        })
-        .detach();
+        });
 }
 
 std::vector<FolderAnswer> FolderProbes::ProbeAll(const std::vector<FolderQuestion>& questions)
 {
     struct Collected
     {
-        std::mutex guard;
-        std::condition_variable changed;
         std::vector<FolderAnswer> answers;
-        size_t left = 0;
+        std::atomic<size_t> left{0};
     };
     auto collected = std::make_shared<Collected>();
     collected->answers.resize(questions.size());
@@ -162,31 +178,23 @@ std::vector<FolderAnswer> FolderProbes::ProbeAll(const std::vector<FolderQuestio
         Start(questions[i],
               [collected, i](const FolderAnswer& answer)
               {
-                  {
-                      const std::lock_guard<std::mutex> lock(collected->guard);
-                      collected->answers[i] = answer;
-                      --collected->left;
-                  }
-                  collected->changed.notify_all();
+                  collected->answers[i] = answer; // each probe its own place
+                  collected->left.fetch_sub(1);
               });
-    std::unique_lock<std::mutex> lock(collected->guard);
-    collected->changed.wait(lock, [&collected] { return collected->left == 0; });
+    // Every probe answers within its limit, NoAnswer at the latest.
+    while (collected->left.load() > 0)
+        std::this_thread::sleep_for(kLookAgain);
     return collected->answers;
 }
 
 int32_t FolderProbes::Running()
 {
-    ProbeCount& probing = Probing();
-    const std::lock_guard<std::mutex> lock(probing.guard);
-    return probing.count;
+    return Probing().load();
 }
 
 bool FolderProbes::WaitUntilIdle(uint32_t milliseconds)
 {
-    ProbeCount& probing = Probing();
-    std::unique_lock<std::mutex> lock(probing.guard);
-    return probing.changed.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                                    [&probing] { return probing.count == 0; });
+    return WaitFor([] { return Probing().load() == 0; }, milliseconds);
 }
 
 void FolderProbes::EndProgramWhenBusy(int result)

@@ -44,7 +44,7 @@ void Archive::BeginWriting(uint32_t flags)
     ok = true;
     fileFlags = flags & KnownFlags;
     settings = fileFlags;
-    frames.push_back(Frame());
+    frames.emplace_back();
     Put(magic, sizeof magic);
     WriteU32(Version);
     WriteU32(fileFlags);
@@ -93,7 +93,7 @@ bool Archive::Reopen(uint32_t openSettings)
     const char* header = Take(HeaderSize);
     if (!header || std::memcmp(header, magic, sizeof magic) != 0)
         return ok = false;
-    uint32_t version, flags, reserved;
+    uint32_t version = 0, flags = 0, reserved = 0;
     std::memcpy(&version, header + 4, 4);
     std::memcpy(&flags, header + 8, 4);
     std::memcpy(&reserved, header + 12, 4);

@@ -103,7 +103,7 @@ const char16_t* TextHolder::ReferenceText(const char16_t* reference, bool mayBeA
 {
     if (IsReference(reference))
     {
-        int32_t used;
+        int32_t used = 0;
         if (const char16_t* text = Lookup(ReadNumber(reference + 1, used)))
             return text;
     }
@@ -120,7 +120,7 @@ int32_t TextHolder::SelectLanguage(const PointerList<KelText>& names, const KelT
         return AllLanguages;
     if (asked.At(0) == u'#' && asked.Length() > 1)
     {
-        int32_t used;
+        int32_t used = 0;
         const int32_t position = ReadNumber(asked.c_str() + 1, used);
         if (used == asked.Length() - 1)
         {
@@ -412,6 +412,7 @@ bool TextHolder::ReadFrom(Archive& archive)
         // Files are written in order: sorting is only needed when they are not.
         const auto byNumber = [](const TextEntry* left, const TextEntry* right)
         { return (left ? left->Number() : 0) < (right ? right->Number() : 0); };
+        // NOLINTNEXTLINE(bugprone-nondeterministic-pointer-iteration-order): by number, not address
         if (!std::is_sorted(entries.begin(), entries.end(), byNumber))
             entries.Sort(byNumber);
         for (const TextEntry* entry : entries)
@@ -484,7 +485,7 @@ public:
         if (blockOpen)
             at = limit;
         limit = end;
-        uint32_t size;
+        uint32_t size = 0;
         if (!U32(size) || size > size_t(end - at))
             return false;
         limit = at + size;
@@ -495,7 +496,7 @@ public:
     // terminator); the empty text for a count of 0.
     bool Text(const char*& units, size_t& length)
     {
-        uint32_t count;
+        uint32_t count = 0;
         if (!U32(count))
             return false;
         units = at;
@@ -533,9 +534,9 @@ struct KeptText
 bool ReadEntryRecord(const char* body, size_t size, int32_t slot, KeptText& kept)
 {
     RecordBytes record(body, size);
-    const char *defaultUnits, *units;
-    size_t defaultLength, length;
-    uint32_t textCount, linkCount;
+    const char *defaultUnits = nullptr, *units = nullptr;
+    size_t defaultLength = 0, length = 0;
+    uint32_t textCount = 0, linkCount = 0;
     bool read = record.Text(defaultUnits, defaultLength) && record.Text(units, length) &&
                 record.Text(units, length) && record.Boundary() && record.U32(kept.number) &&
                 record.Pass(4 + 8 + 4) && record.Boundary() && record.U32(textCount) &&
@@ -599,7 +600,7 @@ bool TextHolder::ReadEntriesCompact(Archive& archive)
         for (; i < count && available - used >= Archive::RecordHeaderSize; ++i)
         {
             const char* header = bytes + used;
-            uint32_t tag, size;
+            uint32_t tag = 0, size = 0;
             std::memcpy(&tag, header, 4);
             std::memcpy(&size, header + 4, 4);
             if (size > remaining - used - Archive::RecordHeaderSize || (tag == 0 && size != 0) ||

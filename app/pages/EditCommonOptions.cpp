@@ -270,12 +270,11 @@ KelText EditCommonOptions::StartFolderTip() const
 bool EditCommonOptions::OnCommand(int32_t id, int32_t code, HWND control)
 {
     const bool handled = PropertyPage::OnCommand(id, code, control);
-    if (id == kCommonStartFolder && code == EN_KILLFOCUS)
+    if ((id == kCommonStartFolder && code == EN_KILLFOCUS) ||
+        (id == kCommonUseStartFolder && code == BN_CLICKED))
         ProbeStartFolder();
     else if (id == kCommonStartFolder && code == EN_CHANGE)
         UpdateMark();
-    else if (id == kCommonUseStartFolder && code == BN_CLICKED)
-        ProbeStartFolder();
     return handled;
 }
 

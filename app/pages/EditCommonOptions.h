@@ -74,6 +74,8 @@ class EditCommonOptions : public PropertyPage
 {
 public:
     EditCommonOptions(Window* owner, const KelText& product, const KelText& settingsFileName);
+    EditCommonOptions(const EditCommonOptions&) = delete;
+    EditCommonOptions& operator=(const EditCommonOptions&) = delete;
     ~EditCommonOptions() override;
 
     int32_t InitPage() override;

@@ -25,6 +25,8 @@ class EditProgramPaths : public PropertyPage
 {
 public:
     explicit EditProgramPaths(Window* owner);
+    EditProgramPaths(const EditProgramPaths&) = delete;
+    EditProgramPaths& operator=(const EditProgramPaths&) = delete;
     ~EditProgramPaths() override;
 
     // Relays out the controls, then lets the folder column fill the list.

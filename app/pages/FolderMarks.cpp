@@ -25,13 +25,13 @@ ProbeInbox::~ProbeInbox()
 
 void ProbeInbox::Open(HWND window)
 {
-    const std::lock_guard<std::mutex> lock(shared->guard);
+    const std::scoped_lock lock(shared->guard);
     shared->window = window;
 }
 
 void ProbeInbox::Close()
 {
-    const std::lock_guard<std::mutex> lock(shared->guard);
+    const std::scoped_lock lock(shared->guard);
     shared->window = nullptr;
     shared->waiting.clear();
 }
@@ -43,7 +43,7 @@ void ProbeInbox::Ask(int32_t tag, const KelText& folder, bool needWrite)
     FolderProbes::Start({path, needWrite},
                         [held = shared, tag, path](const FolderAnswer& answer)
                         {
-                            const std::lock_guard<std::mutex> lock(held->guard);
+                            const std::scoped_lock lock(held->guard);
                             if (!held->window)
                                 return;
                             held->waiting.push_back({tag, path, answer});
@@ -55,10 +55,11 @@ std::vector<ProbeInbox::Answer> ProbeInbox::Take()
 {
     std::vector<Shared::Waiting> taken;
     {
-        const std::lock_guard<std::mutex> lock(shared->guard);
+        const std::scoped_lock lock(shared->guard);
         taken.swap(shared->waiting);
     }
     std::vector<Answer> answers;
+    answers.reserve(taken.size());
     for (const Shared::Waiting& one : taken)
         answers.push_back({one.tag, KelText(one.folder.c_str()), one.answer});
     return answers;

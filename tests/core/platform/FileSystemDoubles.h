@@ -71,6 +71,8 @@ class ProbingFiles : public PassThroughFiles
 {
 public:
     using PassThroughFiles::PassThroughFiles;
+    ProbingFiles(const ProbingFiles&) = delete;
+    ProbingFiles& operator=(const ProbingFiles&) = delete;
     // Lets hanging probes go and waits until none is inside.
     ~ProbingFiles() override
     {
@@ -80,12 +82,12 @@ public:
 
     void Answer(const std::u16string& folder, FolderState state)
     {
-        const std::lock_guard<std::mutex> lock(guard);
+        const std::scoped_lock lock(guard);
         answers[folder] = state;
     }
     void Hang(const std::u16string& folder, std::chrono::milliseconds limit)
     {
-        const std::lock_guard<std::mutex> lock(guard);
+        const std::scoped_lock lock(guard);
         hanging.insert(folder);
         hangLimit = limit;
     }
@@ -93,7 +95,7 @@ public:
     void Release()
     {
         {
-            const std::lock_guard<std::mutex> lock(guard);
+            const std::scoped_lock lock(guard);
             released = true;
         }
         changed.notify_all();
@@ -101,7 +103,7 @@ public:
     // How many probes are hanging at this moment.
     int Hanging()
     {
-        const std::lock_guard<std::mutex> lock(guard);
+        const std::scoped_lock lock(guard);
         return hangingNow;
     }
 

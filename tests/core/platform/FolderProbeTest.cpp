@@ -29,8 +29,12 @@ protected:
         fs::create_directories(root / "folder");
         std::FILE* file = std::fopen((root / "file.txt").string().c_str(), "wb");
         if (file)
-            std::fclose(file);
+            (void)std::fclose(file);
     }
+
+public:
+    FolderProbeTest(const FolderProbeTest&) = delete;
+    FolderProbeTest& operator=(const FolderProbeTest&) = delete;
     ~FolderProbeTest() override
     {
         FolderProbes::SetLimitMilliseconds(4000);
@@ -75,7 +79,7 @@ TEST_F(FolderProbeTest, HangingProbeEndsAsNoAnswerAndHoldsUpNoOther)
             FolderProbes::Start({folder, true},
                                 [&, folder](const FolderAnswer& answer)
                                 {
-                                    const std::lock_guard<std::mutex> lock(guard);
+                                    const std::scoped_lock lock(guard);
                                     order.emplace_back(folder, answer);
                                     told.notify_all();
                                 });

@@ -289,6 +289,8 @@ TEST_F(KelCfg, CheckTellsTheProblemsOfAConfigurationAsLinesOrJson)
     EXPECT_EQ(run.exitCode, 1u) << run.err;
     EXPECT_EQ(run.out.find("{\r\n  \"product\": \"Shopwise\",\r\n  \"configuration\": \""), 0u)
         << run.out;
+    // The first object is one literal written over several lines.
+    // NOLINTBEGIN(bugprone-suspicious-missing-comma)
     for (const char* object :
          {"{\"area\": \"program-paths\", \"option\": \"Reports\", \"value\": "
           "\"Q:\\\\Reports\\\\\", "
@@ -298,6 +300,7 @@ TEST_F(KelCfg, CheckTellsTheProblemsOfAConfigurationAsLinesOrJson)
           "{\"area\": \"settings-file\", \"option\": \"KEL.INI\"", "\"problem\": \"read-only\"",
           "\"value\": \"1\", \"problem\": \"wrong-type\""})
         EXPECT_TRUE(Holds(run.out, object)) << object << "\n" << run.out;
+    // NOLINTEND(bugprone-suspicious-missing-comma)
     SetFileAttributesW((config / L"KEL.INI").c_str(), FILE_ATTRIBUTE_NORMAL);
 
     // A format the command does not know, or a command without formats.

@@ -26,8 +26,13 @@ class ConfigCheckTest : public TransferTest
 {
 protected:
     ConfigCheckTest() { FolderProbes::SetLimitMilliseconds(1000); }
+
+public:
+    ConfigCheckTest(const ConfigCheckTest&) = delete;
+    ConfigCheckTest& operator=(const ConfigCheckTest&) = delete;
     ~ConfigCheckTest() override { FolderProbes::SetLimitMilliseconds(4000); }
 
+protected:
     // Shopwise's thirteen kinds, each with a folder of its own that exists.
     std::string PathsSection()
     {
@@ -48,6 +53,7 @@ protected:
     static std::vector<std::string> Codes(const std::vector<CheckFinding>& found)
     {
         std::vector<std::string> codes;
+        codes.reserve(found.size());
         for (const CheckFinding& finding : found)
             codes.push_back(KelText(ConfigCheck::AreaCode(finding.area)).ToUtf8() + " " +
                             finding.option.ToUtf8() + " " +
@@ -115,7 +121,6 @@ TEST_F(ConfigCheckTest, OneOfEachProblemAndNoneInACleanConfiguration)
     const std::vector<CheckFinding> found = Check(broken, damaged);
     SetFileAttributesW(AsWide(WithBackslashes(broken + u"KEL.INI")), FILE_ATTRIBUTE_NORMAL);
     std::vector<std::string> codes = Codes(found);
-    const std::string weblinks = WithBackslashes(ProductKey(u"Shopwise", u"WebLinks")).ToUtf8();
     std::vector<std::string> expected = {
         "program-paths Backup missing",
         "program-paths DXF not-a-folder",

@@ -44,9 +44,13 @@ void Settle()
 
 class FolderMarks : public PageTest
 {
-protected:
+public:
+    FolderMarks() = default;
+    FolderMarks(const FolderMarks&) = delete;
+    FolderMarks& operator=(const FolderMarks&) = delete;
     ~FolderMarks() override { FolderProbes::SetLimitMilliseconds(4000); }
 
+protected:
     // Ledgerline's kinds (Main, Backup, Database, Reports, Backup, Project),
     // each in a folder that exists but Backup.
     ListView& OpenPaths()
