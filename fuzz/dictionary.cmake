@@ -14,7 +14,7 @@ kel_fuzz_target(fuzz_dictionary_parse ${KEL_DICTIONARY_FUZZ_DIR}/ParseFuzzer.cpp
                 DICT ${KEL_DICTIONARY_FUZZ_DIR}/dictionary.dict)
 
 file(GLOB lang_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/lang/*.txt)
-set(seeds)
+set(starting_files)
 foreach(target IN ITEMS fuzz_dictionary fuzz_dictionary_parse)
     set(corpus ${CMAKE_BINARY_DIR}/corpus/${target})
     add_custom_command(
@@ -24,6 +24,6 @@ foreach(target IN ITEMS fuzz_dictionary fuzz_dictionary_parse)
         COMMAND dictool build ${PROJECT_SOURCE_DIR}/lang ${corpus}/diction-narrow.ary --narrow
         DEPENDS dictool ${lang_sources}
         VERBATIM)
-    list(APPEND seeds ${corpus}/diction.ary ${corpus}/diction-narrow.ary)
+    list(APPEND starting_files ${corpus}/diction.ary ${corpus}/diction-narrow.ary)
 endforeach()
-add_custom_target(fuzz_dictionary_corpus ALL DEPENDS ${seeds})
+add_custom_target(fuzz_dictionary_corpus ALL DEPENDS ${starting_files})

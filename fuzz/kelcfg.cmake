@@ -8,4 +8,4 @@ kel_fuzz_target(fuzz_kelcfg ${KEL_KELCFG_FUZZ_DIR}/TransferFileFuzzer.cpp
                             ${PROJECT_SOURCE_DIR}/app/deploy/TransferFile.cpp
                             ${PROJECT_SOURCE_DIR}/app/deploy/TransferTexts.cpp
                 DICT ${KEL_KELCFG_FUZZ_DIR}/kelcfg.dict
-                SEEDS ${KEL_KELCFG_FUZZ_DIR}/inputs)
+                INPUTS ${KEL_KELCFG_FUZZ_DIR}/inputs)

@@ -13,6 +13,6 @@ foreach(target IN ITEMS fuzz_settings fuzz_settings_parse)
     endif()
     kel_fuzz_target(${target} ${CMAKE_CURRENT_LIST_DIR}/settings/${source}
                     DICT ${CMAKE_CURRENT_LIST_DIR}/settings/settings.dict
-                    SEEDS ${CMAKE_CURRENT_LIST_DIR}/settings/inputs)
+                    INPUTS ${CMAKE_CURRENT_LIST_DIR}/settings/inputs)
     target_link_libraries(${target} PRIVATE kelsettings_fuzz)
 endforeach()

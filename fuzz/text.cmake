@@ -7,4 +7,4 @@ kel_fuzz_library(keltext DEPENDS kelplatform_fuzz)
 
 kel_fuzz_target(fuzz_format ${CMAKE_CURRENT_LIST_DIR}/text/FormatFuzzer.cpp
                 DICT ${CMAKE_CURRENT_LIST_DIR}/text/format.dict
-                SEEDS ${CMAKE_CURRENT_LIST_DIR}/text/inputs)
+                INPUTS ${CMAKE_CURRENT_LIST_DIR}/text/inputs)

@@ -2,7 +2,7 @@
 # Runs every fuzz target (executables named fuzz_*) of a fuzz build for a while
 # each, one after the other, with its libFuzzer dictionary (<target>.dict
 # beside it) and its corpus (<build>/corpus/<target>, started from the
-# committed seeds), and prints how many inputs a second each one ran.
+# committed starting inputs), and prints how many inputs a second each one ran.
 #   tools/run-fuzzers.sh [build-dir] [seconds-per-target]
 #       the short run of CI: new inputs go straight into the corpus.
 #   tools/run-fuzzers.sh --long SECONDS [build-dir]
