@@ -2,7 +2,8 @@
 # Runs every fuzz target (executables named fuzz_*) of a fuzz build for a while
 # each, one after the other, with its libFuzzer dictionary (<target>.dict
 # beside it) and its corpus (<build>/corpus/<target>, started from the
-# committed starting inputs), and prints how many inputs a second each one ran.
+# committed starting inputs) and its options (<target>.options), and prints how
+# many inputs a second each one ran.
 #   tools/run-fuzzers.sh [build-dir] [seconds-per-target]
 #       the short run of CI: new inputs go straight into the corpus.
 #   tools/run-fuzzers.sh --long SECONDS [build-dir]
@@ -31,6 +32,15 @@ for target in $targets; do
     mkdir -p "$corpus"
     options=(-max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$build/corpus/$name.")
     [ -f "$target.dict" ] && options+=(-dict="$target.dict")
+    # The target's own options (<target>.options, one per line), such as the
+    # largest input it is given.
+    own=()
+    if [ -f "$target.options" ]; then
+        while IFS= read -r option; do
+            [ -n "$option" ] && own+=("$option")
+        done <"$target.options"
+    fi
+    options+=("${own[@]}")
     dirs=("$corpus")
     if [ $long = 1 ]; then
         # New finds land in a folder of their own and are merged afterwards.
@@ -45,7 +55,7 @@ for target in $targets; do
                    'BEGIN { printf "%d", runs / (end - start) }')
         summary="$name: ${seconds}s, ${runs:-?} runs, ${rate} inputs/s, no finding"
         if [ $long = 1 ]; then
-            "$target" -merge=1 "$corpus" "$finds" >>"$log" 2>&1 || status=1
+            "$target" -merge=1 "${own[@]}" "$corpus" "$finds" >>"$log" 2>&1 || status=1
             rm -rf "$finds"
             summary+=", corpus $before -> $(find "$corpus" -type f | wc -l) inputs"
         fi
@@ -53,6 +63,8 @@ for target in $targets; do
     else
         echo "$name: FOUND A PROBLEM (log: $log)"
         grep -E 'ERROR|SUMMARY|check failed|Test unit written' "$log" | head -20
+        echo "  (run the target on the input written with ASAN_OPTIONS=malloc_context_size=30"
+        echo "   to see where its memory was allocated and freed)"
         [ $long = 1 ] && rm -rf "$finds"
         status=1
     fi
