@@ -1,7 +1,9 @@
 # Start-up under Wine: MinimalDialog.exe (a program that shows one dialog),
 # ManifestDialog.exe (the same with EditKel's manifest), EditKelLibraries.exe
 # (that, after the library calls that EditKel's start-up makes),
-# PropertyDialog.exe (whose OK opens a property dialog of empty pages) and
+# PickerControlsDialog.exe (the manifest's dialog with the picker's controls),
+# PropertyDialog.exe (whose OK opens a property dialog of empty pages),
+# PageControlsDialog.exe (the same with the first page's controls) and
 # StartupBench.exe, which times EditKel.exe beside them. All are Windows
 # programs, built here with MinGW-w64 when it is installed;
 # bench/startup/run-startup.sh runs them in a Wine prefix of the harness.
@@ -37,8 +39,12 @@ if(KEL_MINGW_CXX AND KEL_MINGW_WINDRES)
     startup_program(ManifestDialog MinimalDialog.cpp -mwindows ${startup_dir}/Manifest.o)
     startup_program(EditKelLibraries MinimalDialog.cpp -mwindows -DKEL_EDITKEL_LIBRARIES
                     ${startup_dir}/Manifest.o -lcomctl32 -lshell32)
+    startup_program(PickerControlsDialog MinimalDialog.cpp -mwindows -DKEL_PICKER_CONTROLS
+                    ${startup_dir}/Manifest.o -lcomctl32)
     startup_program(PropertyDialog MinimalDialog.cpp -mwindows -DKEL_PROPERTY_DIALOG
                     ${startup_dir}/Manifest.o -lcomctl32 -lshell32)
+    startup_program(PageControlsDialog MinimalDialog.cpp -mwindows -DKEL_PROPERTY_DIALOG
+                    -DKEL_PAGE_CONTROLS ${startup_dir}/Manifest.o -lcomctl32 -lshell32)
     startup_program(StartupBench StartupBench.cpp)
     add_custom_target(startup_programs ALL DEPENDS ${startup_programs})
 endif()

@@ -15,6 +15,18 @@ namespace
 {
 // The folder picture of the application's image list.
 constexpr int32_t kBrowseImage = 12;
+// The timer that starts the first probes once the page has been shown.
+constexpr UINT_PTR kProbeTimer = 1;
+
+// Puts the warning icon into the list's image list unless it is there. Adding
+// it took a twentieth of the time to show the dialog, and most folders have
+// no problem: it waits for the first row that has one.
+void AddWarningMark(const ListView& list)
+{
+    auto* const marks = reinterpret_cast<HIMAGELIST>(list.Send(LVM_GETIMAGELIST, LVSIL_SMALL, 0));
+    if (marks && ImageList_GetImageCount(marks) == 0)
+        ImageList_AddIcon(marks, SmallWarningIcon());
+}
 } // namespace
 
 EditProgramPaths::EditProgramPaths(Window* owner)
@@ -42,14 +54,12 @@ int32_t EditProgramPaths::InitPage()
     ListView& list = AddControl<ListView>(kPathList);
     list.AddColumn(DictText(kTextPathKind));
     list.AddColumn(DictText(kTextFolder));
-    // The warning mark of a row with a problem (the list owns the image list).
+    // The warning mark of a row with a problem (the list owns the image list,
+    // whose size sets the rows' height; the icon goes in with the first mark).
     const int32_t iconWidth = GetSystemMetrics(SM_CXSMICON);
     const int32_t iconHeight = GetSystemMetrics(SM_CYSMICON);
     if (HIMAGELIST marks = ImageList_Create(iconWidth, iconHeight, ILC_COLOR32 | ILC_MASK, 1, 0))
-    {
-        ImageList_AddIcon(marks, SmallWarningIcon());
         list.Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(marks));
-    }
     for (int32_t i = 0; i < kinds.Count(); ++i)
     {
         const int32_t kind = kinds.At(i);
@@ -59,8 +69,11 @@ int32_t EditProgramPaths::InitPage()
     }
     tips.assign(size_t(list.RowCount()), KelText());
     probes.Open(Handle());
-    for (int32_t row = 0; row < list.RowCount(); ++row)
-        ProbeRow(row);
+    // Each probe starts two threads, which for a page of ten folders took
+    // about as long as showing the dialog itself: the rows are probed once
+    // the dialog is up. A timer message comes only when nothing else waits,
+    // the dialog's showing and painting included.
+    SetTimer(Handle(), kProbeTimer, 0, nullptr);
     if (list.RowCount() > 0)
         list.SelectOnly(0);
     list.OnSelectionChanged([this] { UpdateBrowseButton(); });
@@ -149,6 +162,8 @@ void EditProgramPaths::TakeAnswers()
         item.mask = LVIF_IMAGE;
         item.iItem = row;
         item.iImage = tips[size_t(row)].IsEmpty() ? I_IMAGENONE : 0;
+        if (item.iImage == 0)
+            AddWarningMark(*list);
         list->Send(LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
         RECT bounds = {LVIR_BOUNDS, 0, 0, 0};
         list->Send(LVM_GETITEMRECT, WPARAM(row), reinterpret_cast<LPARAM>(&bounds));
@@ -193,6 +208,14 @@ INT_PTR EditProgramPaths::DialogProc(UINT message, WPARAM wParam, LPARAM lParam)
     if (message == ProbeInbox::kAnswerMessage)
     {
         TakeAnswers();
+        return TRUE;
+    }
+    if (message == WM_TIMER && wParam == kProbeTimer)
+    {
+        KillTimer(Handle(), kProbeTimer);
+        if (const ListView* list = PathList())
+            for (int32_t row = 0; row < list->RowCount(); ++row)
+                ProbeRow(row);
         return TRUE;
     }
     return PropertyPage::DialogProc(message, wParam, lParam);

@@ -14,8 +14,8 @@ class ListView;
 // picks a new folder for the selected row; the store keeps it at once, and the
 // page's apply writes the store to "PROGRAM PATHS" of the settings file.
 //
-// Each row's folder is probed in the background when the page is made and
-// again when a new folder is chosen; a row whose folder has a problem shows
+// Each row's folder is probed in the background once the page has been shown
+// and again when a new folder is chosen; a row whose folder has a problem shows
 // the warning icon in its first column and the reason in a tool tip. The
 // page never waits for the answers: the marks appear when they come.
 //

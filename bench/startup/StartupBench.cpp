@@ -6,10 +6,14 @@
 //    minimal program that shows one dialog ("Minimal Dialog"), the same
 //    dialog with EditKel's manifest (common controls 6) and nothing else, and
 //    that dialog after the library calls that EditKel's start-up makes (what
-//    the platform charges before any work of EditKel's own).
+//    the platform charges before any work of EditKel's own), and the dialog
+//    with the manifest holding the picker's controls (a list among them):
+//    the floor under EditKel's time.
 // 2. From the picker's OK to the configuration dialog shown, for the product
 //    with the most pages, beside a minimal program whose dialog's OK opens a
-//    property dialog with as many empty pages ("Minimal Property Dialog").
+//    property dialog with as many empty pages ("Minimal Property Dialog"),
+//    and beside the same property dialog whose first page holds the controls
+//    of EditKel's first page: the floor under EditKel's time.
 //
 // Every program is started in turn, the order turning one place each run so
 // that a drift of the machine touches all alike, after one warm-up start
@@ -17,6 +21,7 @@
 //
 //   StartupBench.exe <EditKel.exe> <demo configuration folder> <runs> <MinimalDialog.exe>
 //                    <ManifestDialog.exe> <EditKelLibraries.exe> <PropertyDialog.exe>
+//                    <PageControlsDialog.exe> <PickerControlsDialog.exe>
 //
 // The demo folder is registered first as the configuration "Demo" of the
 // products measured, for the current user, as the picker needs one to show.
@@ -168,11 +173,12 @@ void Summary(const char* what, double value, double target)
 
 int wmain(int count, wchar_t** arguments)
 {
-    if (count < 8)
+    if (count < 10)
     {
         std::fprintf(stderr, "usage: StartupBench <EditKel.exe> <demo folder> <runs> "
                              "<MinimalDialog.exe> <ManifestDialog.exe> <EditKelLibraries.exe> "
-                             "<PropertyDialog.exe>\n");
+                             "<PropertyDialog.exe> <PageControlsDialog.exe> "
+                             "<PickerControlsDialog.exe>\n");
         return 2;
     }
     const int runs = std::max(1, _wtoi(arguments[3]));
@@ -189,7 +195,9 @@ int wmain(int count, wchar_t** arguments)
         Manifest,
         Libraries,
         EditorDialog,
-        PropertyDialog
+        PropertyDialog,
+        ControlsDialog,
+        PickerControls
     };
     std::vector<Program> programs = {
         {"EditKel (the picker)",
@@ -212,14 +220,21 @@ int wmain(int count, wchar_t** arguments)
          L"",
          L"Minimal Dialog",
          L"Minimal Property Dialog",
-         {}}};
+         {}},
+        {"the same, first page with EditKel's controls",
+         arguments[8],
+         L"",
+         L"Minimal Dialog",
+         L"Minimal Property Dialog",
+         {}},
+        {"minimal dialog, the picker's controls", arguments[9], L"", L"Minimal Dialog", L"", {}}};
 
     // One run each to warm up (the first start of a prefix loads much from
     // disk); the editor's run also tells how many pages its dialog has.
     int pages = 0;
     for (size_t i = 0; i < programs.size(); ++i)
     {
-        if (i == PropertyDialog)
+        if (i == PropertyDialog || i == ControlsDialog)
             programs[i].arguments = std::to_wstring(pages);
         if (TimeRun(programs[i], i == EditorDialog ? &pages : nullptr) < 0 ||
             (i == EditorDialog && pages <= 0))
@@ -257,15 +272,23 @@ int wmain(int count, wchar_t** arguments)
     const double plain = medians[Editor] / medians[Minimal];
     const double manifest = medians[Editor] / medians[Manifest];
     const double floor = medians[Libraries] / medians[Manifest];
+    const double pickerFloor = medians[PickerControls] / medians[Manifest];
     const double dialog = medians[EditorDialog] / medians[PropertyDialog];
+    const double controls = medians[ControlsDialog] / medians[PropertyDialog];
     std::printf("  EditKel / minimal dialog: %.2fx\n"
                 "  EditKel / minimal dialog with EditKel's manifest: %.2fx\n"
                 "  minimal dialog with EditKel's manifest / minimal dialog: %.2fx\n"
                 "  minimal dialog with EditKel's library calls / with the manifest: %.2fx\n"
+                "  minimal dialog with the picker's controls / with the manifest: %.2fx\n"
+                "  EditKel / minimal dialog with the picker's controls: %.2fx\n"
                 "  %ls dialog (%d pages), picker OK to shown / minimal property dialog with %d "
-                "empty pages: %.2fx\n\n",
-                plain, manifest, medians[Manifest] / medians[Minimal], floor, product.c_str(),
-                pages, pages, dialog);
+                "empty pages: %.2fx\n"
+                "  minimal property dialog, first page with EditKel's controls / with empty "
+                "pages: %.2fx\n"
+                "  %ls dialog / minimal property dialog with EditKel's controls: %.2fx\n\n",
+                plain, manifest, medians[Manifest] / medians[Minimal], floor, pickerFloor,
+                medians[Editor] / medians[PickerControls], product.c_str(), pages, pages, dialog,
+                controls, product.c_str(), medians[EditorDialog] / medians[ControlsDialog]);
 
     char row[200];
     (void)std::snprintf(
@@ -276,12 +299,16 @@ int wmain(int count, wchar_t** arguments)
     Summary(row, manifest, 1.10);
     Summary("  its floor: that dialog after EditKel's start-up library calls / with the manifest",
             floor, 1.10);
+    Summary("  its floor: that dialog holding the picker's controls / with the manifest",
+            pickerFloor, 1.10);
     (void)std::snprintf(
         row, sizeof row,
         "start-up under Wine: picker OK to the %ls dialog / minimal property dialog "
         "with %d pages",
         product.c_str(), pages);
     Summary(row, dialog, 1.50);
+    Summary("  its floor: that property dialog, first page with EditKel's controls / empty pages",
+            controls, 1.50);
     (void)std::fflush(stdout);
     return 0;
 }

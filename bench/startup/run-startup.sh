@@ -6,8 +6,7 @@
 #   bench/startup/run-startup.sh <windows-build-dir> <bench-build-dir> [runs]
 # The Windows build must hold bin/EditKel.exe and bin/diction.ary (or its
 # release folder installer/EditKel-<version>-x64/, used first); the bench
-# build makes MinimalDialog.exe, EditKelLibraries.exe and StartupBench.exe
-# (bench/startup.cmake).
+# build makes the reference programs and StartupBench.exe (bench/startup.cmake).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 windows=$(cd "$1" 2>/dev/null && pwd || echo "$1")
@@ -44,5 +43,6 @@ cp -r "$root/samples/Demo" "$dir/demo"
 "$harness" run "$dir" "$programs/StartupBench.exe" "$(winpath "$editor")" \
     "$(winpath "$dir/demo")" "$runs" "$(winpath "$programs/MinimalDialog.exe")" \
     "$(winpath "$programs/ManifestDialog.exe")" "$(winpath "$programs/EditKelLibraries.exe")" \
-    "$(winpath "$programs/PropertyDialog.exe")" 2>&1 |
+    "$(winpath "$programs/PropertyDialog.exe")" "$(winpath "$programs/PageControlsDialog.exe")" \
+    "$(winpath "$programs/PickerControlsDialog.exe")" 2>&1 |
     tr -d '\r'

@@ -77,8 +77,14 @@ TEST_F(FolderMarks, MissingFolderIsMarkedWithItsReasonAndAChosenFolderClearsIt)
     // Ledgerline lists Backup twice (rows 1 and 4).
     ASSERT_EQ(list.RowCount(), 6);
     ASSERT_TRUE(list.ItemText(1, 0).SameAs(u"Backup"));
+    // The probes start once the page's messages run, not while it is made.
+    EXPECT_EQ(FolderProbes::Running(), 0);
     ASSERT_TRUE(PumpUntil([&] { return paths->IsRowMarked(1) && paths->IsRowMarked(4); }));
     Settle();
+    // The mark is a picture: the icon went into the list's images with it.
+    EXPECT_EQ(ImageList_GetImageCount(
+                  reinterpret_cast<HIMAGELIST>(list.Send(LVM_GETIMAGELIST, LVSIL_SMALL, 0))),
+              1);
     EXPECT_EQ(paths->RowTip(1).ToUtf8(), "Problem: the folder does not exist");
     for (int32_t row : {0, 2, 3, 5})
     {
