@@ -45,7 +45,8 @@ echo "=== start-up under Wine ($windows)"
 bash bench/startup/run-startup.sh "$windows" "$build" "$runs" | collect
 
 echo
-echo "Summary: each measure beside its target (it holds when measured <= target)"
+echo "Summary: each measure beside its target (it holds when measured <= target; rows without"
+echo "one are reported for comparison)"
 awk -F'|' '
     { what[NR] = $2; value[NR] = $3; target[NR] = $4; unit[NR] = $5
       if (length($2) > width) width = length($2) }
@@ -53,7 +54,9 @@ awk -F'|' '
         printf "  %-*s %10s %10s  %s\n", width, "measure", "measured", "target", "holds"
         for (i = 1; i <= NR; ++i) {
             measured = value[i] ~ /^[0-9.]+$/ ? sprintf("%.2f %s", value[i], unit[i]) : value[i]
-            holds = value[i] ~ /^[0-9.]+$/ ? (value[i] + 0 <= target[i] + 0 ? "yes" : "NO") : "-"
-            printf "  %-*s %10s %10s  %s\n", width, what[i], measured, sprintf("%.2f %s", target[i], unit[i]), holds
+            bounded = target[i] ~ /^[0-9.]+$/
+            holds = value[i] ~ /^[0-9.]+$/ && bounded ? (value[i] + 0 <= target[i] + 0 ? "yes" : "NO") : "-"
+            bound = bounded ? sprintf("%.2f %s", target[i], unit[i]) : "none"
+            printf "  %-*s %10s %10s  %s\n", width, what[i], measured, bound, holds
         }
     }' "$summary"
