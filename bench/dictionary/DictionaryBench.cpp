@@ -73,24 +73,41 @@ size_t FileSize(const std::string& path)
     return ::stat(path.c_str(), &info) == 0 ? size_t(info.st_size) : 0;
 }
 
-// The file's bytes in fresh memory, the plainest way.
+// The file's bytes read whole into fresh memory, the plainest way (stat,
+// malloc, fread), handed to `use`; false when the file cannot be read.
+template <typename Use>
+bool WithFileBytes(const std::string& path, Use use)
+{
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    struct stat info = {};
+    if (!file || ::fstat(::fileno(file), &info) != 0)
+    {
+        if (file)
+            (void)std::fclose(file); // read only: nothing to lose
+        return false;
+    }
+    char* bytes = static_cast<char*>(std::malloc(size_t(info.st_size) + 1));
+    const bool good = bytes &&
+                      std::fread(bytes, 1, size_t(info.st_size), file) == size_t(info.st_size) &&
+                      use(bytes);
+    std::free(bytes);
+    (void)std::fclose(file);
+    return good;
+}
+
 void ReadBytes(benchmark::State& state, const std::string& path)
 {
     for (auto _ : state)
-    {
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        struct stat info = {};
-        if (!file || ::fstat(::fileno(file), &info) != 0)
+        if (!WithFileBytes(path,
+                           [](char* bytes)
+                           {
+                               benchmark::DoNotOptimize(bytes);
+                               return true;
+                           }))
         {
             state.SkipWithError("cannot read the file");
             break;
         }
-        char* bytes = static_cast<char*>(std::malloc(size_t(info.st_size) + 1));
-        benchmark::DoNotOptimize(std::fread(bytes, 1, size_t(info.st_size), file));
-        benchmark::DoNotOptimize(bytes);
-        std::free(bytes);
-        (void)std::fclose(file); // read only: nothing to lose
-    }
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(FileSize(path)));
 }
 
@@ -235,21 +252,7 @@ double ThreadSeconds()
 // followed and checked.
 bool ReadWholeAndFollow(const std::string& path)
 {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    struct stat info = {};
-    if (!file || ::fstat(::fileno(file), &info) != 0)
-    {
-        if (file)
-            (void)std::fclose(file); // read only: nothing to lose
-        return false;
-    }
-    char* bytes = static_cast<char*>(std::malloc(size_t(info.st_size) + 1));
-    const bool good = bytes &&
-                      std::fread(bytes, 1, size_t(info.st_size), file) == size_t(info.st_size) &&
-                      FollowTexts(bytes);
-    std::free(bytes);
-    (void)std::fclose(file);
-    return good;
+    return WithFileBytes(path, [](const char* bytes) { return FollowTexts(bytes); });
 }
 
 // The same floor read the way the load reads: the file in pieces of a
